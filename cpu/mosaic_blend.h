@@ -1,0 +1,29 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Places a frame into the mosaic.
+#pragma once
+
+#include <opencv2/core/mat.hpp>
+
+#include "framequilt/export.h"
+#include "framequilt/records.h"
+
+/// Grows the mosaic where the new frame reaches its edge, fuses the frame (`thedestImageScale`,
+/// `imgScaleRow` x `imgScaleCol` pixels) with what the mosaic holds there, and moves position and
+/// filled box on.
+///
+/// \param mosaic       Header copy; pixels are shared and written unless the mosaic grows.
+/// \param frame        Only checked for null.
+/// \param info         Full-size shape of a frame: the mosaic grows by that much.
+/// \param flags        `position` of the previous frame and the new frame's offset from it.
+/// \param ignored      Not read.
+/// \param regionInfo   Receives the shape of the fused region.
+/// \param region       Receives the fused region: the reference for the next frame.
+/// \return False, after the line "stitchingImageImageblend ptr is null", for a null frame.
+/// \throws cv::Exception when memory for growth runs out; nothing is changed then.
+FRAMEQUILT_EXPORT bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame,
+                                                   imgInfo info, stitchflags flags, SPoint topLeft,
+                                                   SPoint bottomRight, SPoint ignored,
+                                                   SPoint& topLeftOut, SPoint& bottomRightOut,
+                                                   SPoint& positionOut, imgInfo& regionInfo,
+                                                   cv::Mat& mosaicOut, unsigned char* region);

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "imaging/imaging_state.h"
+
+unsigned char *resiz_One = nullptr, *resiz_Two = nullptr;
+unsigned char *resiz_OneBound = nullptr, *resiz_TwoBound = nullptr;
+unsigned char *resiz_OneBoundFilter = nullptr, *resiz_TwoBoundFilter = nullptr;
+
+unsigned char *PreFrameImageGrayCpu = nullptr, *CurFrameImageGrayCpu = nullptr;
+unsigned char *PreFrameImageGrayBoundCpu = nullptr, *PreFrameImageGrayBoundTempCpu = nullptr;
+unsigned char *CurFrameImageGrayBoundCpu = nullptr, *CurFrameImageGrayBoundTempCpu = nullptr;
+
+float *AreaImageOneGaryFloat = nullptr, *AreaImageTwoGaryFloat = nullptr;
+unsigned char *AreaImageOneWeight = nullptr;
+unsigned char *AreaImageOneGary = nullptr, *AreaImageTwoGary = nullptr;

@@ -1,0 +1,20 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+
+#include "export.h"
+
+namespace framequilt {
+
+/// Receives one fixed line of the engine: `length` bytes without the line end, not terminated,
+/// not always UTF-8. Calls come from the caller's and from both worker threads, never two at
+/// once. The sink must not throw and must not call the library.
+using ReportSink = void (*)(const char* line, std::size_t length, void* context);
+
+/// Sends the engine's lines to `sink` instead of standard output; a null `sink` restores standard
+/// output. May be called at any time, from any thread; when it returns the former sink is no
+/// longer in use.
+FRAMEQUILT_EXPORT void setReportSink(ReportSink sink, void* context);
+
+}  // namespace framequilt

@@ -1,0 +1,14 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <string_view>
+
+#include "framequilt/report_sink.h"
+
+namespace framequilt {
+
+/// Hands one fixed line to the sink, by default standard output (text, line end, flush). Lines of
+/// different threads never mix.
+void report(std::string_view line);
+
+}  // namespace framequilt
