@@ -1,0 +1,93 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cpu/corner_lane.h"
+
+#include <chrono>
+#include <utility>
+
+#include "cpu/run_state.h"
+
+namespace framequilt {
+namespace {
+
+constexpr std::chrono::milliseconds kLookAtFlags{1};
+
+}  // namespace
+
+bool CornerLane::start(void* (*body)(void*)) {
+  {
+    const std::lock_guard lock(mutex_);
+    ++starting_;
+  }
+  if (pthread_create(&thread_, nullptr, body, nullptr) == 0) return true;
+  thread_ = 0;
+  const std::lock_guard lock(mutex_);
+  --starting_;
+  return false;
+}
+
+void CornerLane::dismiss() {
+  const std::lock_guard lock(mutex_);
+  run_ = false;
+  request_ = false;
+  changed_.notify_all();
+}
+
+bool CornerLane::join() {
+  const pthread_t thread = std::exchange(thread_, pthread_t{0});
+  return thread != 0 && pthread_join(thread, nullptr) == 0;
+}
+
+void CornerLane::request() {
+  const std::lock_guard lock(mutex_);
+  failed_ = false;
+  request_ = true;
+  changed_.notify_all();
+}
+
+bool CornerLane::await() {
+  std::unique_lock lock(mutex_);
+  while (request_) {
+    if (starting_ + serving_ == 0) {
+      request_ = false;
+      return false;
+    }
+    changed_.wait_for(lock, kLookAtFlags);
+  }
+  return !failed_;
+}
+
+void CornerLane::enter() {
+  const std::lock_guard lock(mutex_);
+  if (starting_ > 0) --starting_;
+  ++serving_;
+}
+
+void CornerLane::leave() {
+  const std::lock_guard lock(mutex_);
+  --serving_;
+  changed_.notify_all();
+}
+
+void CornerLane::waitForRequest() {
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, kLookAtFlags, [this] { return request_ || !run_; });
+}
+
+void CornerLane::finish(bool succeeded) {
+  const std::lock_guard lock(mutex_);
+  failed_ = !succeeded;
+  request_ = false;
+  changed_.notify_all();
+}
+
+CornerLane& laneOne() {
+  static CornerLane& lane = *new CornerLane(startOneThFlag, threadOneCalcFlag, one_pid);
+  return lane;
+}
+
+CornerLane& laneTwo() {
+  static CornerLane& lane = *new CornerLane(startTwoThFlag, threadTwoCalcFlag, two_pid);
+  return lane;
+}
+
+}  // namespace framequilt

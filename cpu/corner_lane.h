@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: Apache-2.0
+/// \file
+/// The hand-over between the caller and one corner worker.
+///
+/// The two exported one-byte flags of a lane are the interface: a clear run flag ends the worker,
+/// a raised request flag asks for a job, the worker clears it when the job is done. Whatever the
+/// worker reads is published before the request is raised, whatever it writes is read after the
+/// request is clear again. Both sides sleep on a condition variable and look at the flags at least
+/// once a millisecond, since a host may raise or clear a flag directly.
+#pragma once
+
+#include <pthread.h>
+
+#include <atomic>
+#include <condition_variable>
+#include <exception>
+#include <mutex>
+
+namespace framequilt {
+
+class CornerLane {
+ public:
+  CornerLane(std::atomic<bool>& run, std::atomic<bool>& request, pthread_t& thread)
+      : run_(run), request_(request), thread_(thread) {}
+  CornerLane(const CornerLane&) = delete;
+  CornerLane& operator=(const CornerLane&) = delete;
+
+  // --- The caller's side ---
+
+  /// Creates the worker thread; the run flag has to be set. False when that fails.
+  bool start(void* (*body)(void*));
+
+  /// Clears both flags, so that the worker leaves once its current job is done.
+  void dismiss();
+
+  /// Joins the thread and forgets its id. False when there is none or the join fails.
+  bool join();
+
+  /// Raises the request.
+  void request();
+
+  /// Blocks until the request is clear. False when the job failed, or when no worker is there to
+  /// take it (the request is then withdrawn).
+  bool await();
+
+  // --- The worker's side ---
+
+  /// Runs `job`, which returns false or throws when it fails, once per request until the run flag
+  /// is clear.
+  template <class Job>
+  void serve(Job job) {
+    enter();
+    while (run_) {
+      waitForRequest();
+      while (request_) finish(succeeds(job));
+    }
+    leave();
+  }
+
+ private:
+  /// Only std::exception is caught: leaving a thread by `pthread_exit` or cancellation unwinds with
+  /// an exception of another kind, which has to pass.
+  template <class Job>
+  static bool succeeds(Job& job) {
+    try {
+      return job();
+    } catch (const std::exception&) {
+      return false;
+    }
+  }
+
+  void enter();
+  void leave();
+  void waitForRequest();
+  void finish(bool succeeded);
+
+  std::atomic<bool>& run_;
+  std::atomic<bool>& request_;
+  pthread_t& thread_;
+
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  int starting_ = 0;  // Threads created that have not reached serve() yet.
+  int serving_ = 0;
+  bool failed_ = false;
+};
+
+/// Reference image, new frame. Never destroyed: a worker that nobody stopped outlives `main`.
+CornerLane& laneOne();
+CornerLane& laneTwo();
+
+}  // namespace framequilt

@@ -1,0 +1,169 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cpu/corner_worker.h"
+
+#include <pthread.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "cpu/corner_lane.h"
+#include "cpu/run_state.h"
+#include "features/descriptor.h"
+#include "features/features_state.h"
+#include "features/harris.h"
+#include "framequilt/tuning.h"
+#include "imaging/gray.h"
+#include "imaging/imaging_state.h"
+#include "imaging/pixel_math.h"
+#include "imaging/region.h"
+#include "imaging/run_buffer.h"
+#include "interface/report.h"
+
+namespace {
+
+using framequilt::drop;
+using framequilt::ensure;
+using framequilt::planeSize;
+
+/// Side of the square around a corner that its descriptor covers.
+constexpr int kPatch = 20;
+
+using FindCorners = bool (*)(unsigned char* gray, imgInfo info, std::vector<SPoint>& corners);
+using FindInStrip = bool (*)(int dx, int dy, unsigned char* gray, int rows, int cols,
+                             std::vector<SPoint>& corners);
+
+/// What one of the two workers reads and writes; they share nothing that is written.
+struct WorkerData {
+  unsigned char*& input;
+  unsigned char*& gray;
+  unsigned char*& strip;
+  std::vector<SPoint>& corners;
+  unsigned short*& descriptors;
+  unsigned short*& scratch;
+  FindCorners findCorners;
+  FindInStrip findInStrip;
+};
+
+void toGray(const WorkerData& data) {
+  const std::size_t pixels = planeSize(InfoTh.rows, InfoTh.cols);
+  if (InfoTh.channels == 3) {
+    std::memset(data.gray, 0, pixels);
+    rgb2Gray(data.input, InfoTh.rows, InfoTh.cols, data.gray);
+  } else {
+    std::memcpy(data.gray, data.input, pixels);
+  }
+}
+
+void findCorners(const WorkerData& data) {
+  data.corners.clear();
+  if (!cpuMotorflage) {
+    data.findCorners(data.gray, {0, 1, InfoTh.rows, InfoTh.cols}, data.corners);
+    return;
+  }
+  const framequilt::AtScopeEnd release([&] { drop(data.strip); });
+  ensure(data.strip,
+         std::max({planeSize(imgScaleRow, imgScaleCol), planeSize(InfoTh.rows, InfoTh.cols),
+                   planeSize(gray_pointdownscal_row, gray_pointdownscal_col)}));
+  data.findInStrip(cpuMotordx, cpuMotordy, data.gray, InfoTh.rows, InfoTh.cols, data.corners);
+}
+
+void describeCorners(const WorkerData& data) {
+  const framequilt::AtScopeEnd release([&] { drop(data.scratch); });
+  const auto length = static_cast<std::size_t>(std::max(0, demesion));
+  ensure(data.scratch, length);
+  std::fill_n(data.descriptors, data.corners.size() * length, static_cast<unsigned short>(0));
+  noRotaFeatureDescriber(data.gray, InfoTh.rows, InfoTh.cols, demesion, kPatch, data.corners,
+                         data.scratch, data.descriptors);
+}
+
+/// One job. False when the caller has not provided what it works in.
+bool findAndDescribe(const WorkerData& data) {
+  if (data.input == nullptr || data.gray == nullptr || data.descriptors == nullptr) return false;
+  toGray(data);
+  findCorners(data);
+  describeCorners(data);
+  return true;
+}
+
+/// A half-open range of rows or columns, and what to add to a corner found in it.
+struct Range {
+  int start, end, shift;
+};
+
+/// The end of an axis that both images show when the content lies `offset` further on in one of
+/// them: [offset, side) there, [0, side - offset) in the other.
+Range farPart(int offset, int side) { return {offset, side, offset}; }
+Range nearPart(int offset, int side) { return {0, side - offset, 0}; }
+
+bool findInRegion(Range rows, Range cols, unsigned char* gray, int allRows, int allCols,
+                  unsigned char* strip, FindCorners find, std::vector<SPoint>& corners) {
+  imgInfo stripInfo = {};
+  willBigImgAssignRowColToSmallImg(gray, rows.start, rows.end, cols.start, cols.end, allRows,
+                                   allCols, 1, stripInfo, strip);
+  find(strip, stripInfo, corners);
+  for (SPoint& corner : corners) {
+    corner.x += cols.shift;
+    corner.y += rows.shift;
+  }
+  return true;
+}
+
+/// A hint beyond the image leaves no strip, however far beyond it is.
+int withinSide(int offset, int side) {
+  return std::clamp(offset, std::min(-side, 0), std::max(side, 0));
+}
+
+}  // namespace
+
+bool getRangeCpuOne(int dx, int dy, unsigned char* gray, int rows, int cols,
+                    std::vector<SPoint>& corners) {
+  dx = withinSide(dx, cols);
+  dy = withinSide(dy, rows);
+  const Range across = dx >= 0 ? farPart(dx, cols) : nearPart(-dx, cols);
+  // For dx < 0 the vertical sense is inverted, here and in the other strip alike.
+  const bool far = (dx >= 0) == (dy >= 0);
+  const int distance = dy >= 0 ? dy : -dy;
+  const Range down = far ? farPart(distance, rows) : nearPart(distance, rows);
+  return findInRegion(down, across, gray, rows, cols, SorTempGrayImage,
+                      findHarrisCornerCoordianteFun1, corners);
+}
+
+bool getRangeCpuTwo(int dx, int dy, unsigned char* gray, int rows, int cols,
+                    std::vector<SPoint>& corners) {
+  dx = withinSide(dx, cols);
+  dy = withinSide(dy, rows);
+  const Range across = dx >= 0 ? nearPart(dx, cols) : farPart(-dx, cols);
+  const bool far = (dx >= 0) != (dy >= 0);
+  const int distance = dy >= 0 ? dy : -dy;
+  const Range down = far ? farPart(distance, rows) : nearPart(distance, rows);
+  return findInRegion(down, across, gray, rows, cols, DestTempGrayImage,
+                      findHarrisCornerCoordianteFun2, corners);
+}
+
+void* findHarrisCornerCoordianteThreadOne(void* /*unused*/) {
+  const WorkerData data = {SorImageOneIn,
+                           resiz_One,
+                           SorTempGrayImage,
+                           HarrissCornerSPointOneArray,
+                           FeatureDescriber1,
+                           DescribleSymbol,
+                           findHarrisCornerCoordianteFun1,
+                           getRangeCpuOne};
+  framequilt::laneOne().serve([&] { return findAndDescribe(data); });
+  pthread_exit(nullptr);
+}
+
+void* findHarrisCornerCoordianteThreadTwo(void* /*unused*/) {
+  framequilt::report("findHarrisCornerCoordianteThreadTwo in");
+  const WorkerData data = {DestImageTwoIn,
+                           resiz_Two,
+                           DestTempGrayImage,
+                           HarrissCornerSPointTwoArray,
+                           FeatureDescriber2,
+                           DescribleSymbol1,
+                           findHarrisCornerCoordianteFun2,
+                           getRangeCpuTwo};
+  framequilt::laneTwo().serve([&] { return findAndDescribe(data); });
+  pthread_exit(nullptr);
+}

@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cpu/frame_driver.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstring>
+#include <opencv2/core.hpp>
+#include <string>
+#include <vector>
+
+#include "cpu/mosaic_blend.h"
+#include "cpu/offset_estimation.h"
+#include "cpu/run_state.h"
+#include "cpu/working_buffers.h"
+#include "framequilt/framequilt.h"
+#include "framequilt/tuning.h"
+#include "imaging/imaging_state.h"
+#include "imaging/motion.h"
+#include "imaging/overlap.h"
+#include "imaging/pixel_math.h"
+#include "imaging/region.h"
+#include "imaging/resize.h"
+#include "imaging/run_buffer.h"
+#include "interface/report.h"
+
+namespace {
+
+using framequilt::AtScopeEnd;
+using framequilt::planeSize;
+using framequilt::product32;
+
+/// Sides of the mosaic that a run starts with.
+constexpr int kFirstMosaicSide = 6000;
+/// Fewer agreeing pairs are not blended.
+constexpr int kFewestPairs = 11;
+/// Limits of a static scene: no mean gray difference exceeds the first; a half of the gray range.
+constexpr int kStaticMotionLimit = 255;
+constexpr float kStaticOverlapLimit = 128.0F;
+
+void clear(unsigned char* plane, std::size_t bytes) { std::memset(plane, 0, bytes); }
+
+bool isColour(int channels) { return channels >= 2; }
+
+std::size_t workingBytes(int channels) { return planeSize(imgScaleRow, imgScaleCol, channels); }
+
+void bringToWorkingSize(unsigned char* frame, imgInfo info, int frameScale, unsigned char* working,
+                        std::size_t capacity) {
+  if (frameScale == 1) {
+    std::memcpy(working, frame, workingBytes(info.channels));
+    return;
+  }
+  clear(working, workingBytes(info.channels));
+  framequilt::resizeWithinFrame(frame, info.rows, info.cols, frameScale, info.channels, working,
+                                capacity);
+}
+
+/// Puts the first frame of a run into the middle of a new mosaic.
+bool startMosaic(int channels, SPoint& outLeft, SPoint& outRight, cv::Mat& mosaic,
+                 stitchflags& flags) {
+  const SPoint start = {kFirstMosaicSide / 2 - imgScaleCol / 2,
+                        kFirstMosaicSide / 2 - imgScaleRow / 2};
+  flags.position = start;
+  outLeft = start;
+  outRight = {start.x + imgScaleCol, start.y + imgScaleRow};
+  mosaic =
+      cv::Mat::zeros(kFirstMosaicSide, kFirstMosaicSide, isColour(channels) ? CV_8UC3 : CV_8UC1);
+  if (willSmallImgToBigImgAssignRowCol(theSorImageScale, imgScaleRow, imgScaleCol, outLeft.y,
+                                       outRight.y, outLeft.x, outRight.x, mosaic.rows, mosaic.cols,
+                                       channels, mosaic.data)) {
+    return true;
+  }
+  framequilt::report("willSmallImgToBigImgAssignRowCol failed");
+  return false;
+}
+
+/// Whether the mosaic is one that this run's frame at `position` can lie in. After calls out of
+/// order it may be missing or stem from a run of another shape.
+bool holdsFrame(const cv::Mat& mosaic, SPoint position, int channels) {
+  return !mosaic.empty() && mosaic.isContinuous() &&
+         mosaic.type() == (isColour(channels) ? CV_8UC3 : CV_8UC1) && position.x >= 0 &&
+         position.y >= 0 && position.x + imgScaleCol <= mosaic.cols &&
+         position.y + imgScaleRow <= mosaic.rows;
+}
+
+/// Has the view moved little enough?
+void judgeByMotion(imgInfo destInfo, int referenceChannels, stitchflags& flags) {
+  motionValueThCpu = GstaticDynamicFlag != 0 ? motionValueThCpu0 : kStaticMotionLimit;
+  const AtScopeEnd release([] { framequilt::releaseMotionPlanes(); });
+  framequilt::allocateMotionPlanes();
+  const int motion = imageMotionModel(thedestImage_pre, thedestImageScale, destInfo.rows,
+                                      destInfo.cols, destInfo.channels, destInfo.channels);
+  flags.stitch_flags = motion < motionValueThCpu ? 1 : 0;
+  std::memcpy(thedestImage_pre, thedestImageScale, workingBytes(referenceChannels));
+}
+
+/// The parts of the overlap that the measures read; the caller's own frames, unless the measures
+/// touch more bytes a pixel than those have.
+class OverlapParts {
+ public:
+  OverlapParts(unsigned char* src, unsigned char* dest, int channels) : src_(src), dest_(dest) {
+    if (framequilt::workingPixelBytes(channels) == channels) return;
+    copies_[0] = widened(src, channels);
+    copies_[1] = widened(dest, channels);
+    src_ = copies_[0].data();
+    dest_ = copies_[1].data();
+  }
+
+  unsigned char* ofMosaic() const { return src_; }
+  unsigned char* ofFrame() const { return dest_; }
+
+ private:
+  static std::vector<unsigned char> widened(const unsigned char* frame, int channels) {
+    std::vector<unsigned char> copy(workingBytes(framequilt::workingPixelBytes(channels)));
+    std::memcpy(copy.data(), frame, workingBytes(channels));
+    return copy;
+  }
+
+  unsigned char* src_;
+  unsigned char* dest_;
+  std::vector<unsigned char> copies_[2];
+};
+
+/// Are both sides of the overlap equally bright and sharp? The flag is only ever raised here.
+void judgeByOverlap(unsigned char* src, unsigned char* dest, int channels, const cv::Mat& mosaic,
+                    stitchflags& flags) {
+  const bool dynamic = GstaticDynamicFlag != 0;
+  brightThCpu = dynamic ? brightThCpu0 : kStaticOverlapLimit;
+  defintThCpu = dynamic ? defintThCpu0 : kStaticOverlapLimit;
+
+  const OverlapParts parts(src, dest, channels);
+  unsigned char* const ground =
+      holdsFrame(mosaic, flags.position, channels) ? mosaic.data : nullptr;
+  imgInfo mosaicPart = {};
+  imgInfo framePart = {};
+  takeOutOverLapImageFromMoasicImage(
+      ground, thedestImageScale, {0, channels, mosaic.rows, mosaic.cols},
+      {0, channels, imgScaleRow, imgScaleCol}, flags.position, flags.offsetX, flags.offsetY,
+      mosaicPart, framePart, parts.ofMosaic(), parts.ofFrame());
+
+  const AtScopeEnd release([] { framequilt::releaseOverlapPlanes(); });
+  framequilt::allocateOverlapPlanes();
+  const std::size_t plane = planeSize(RealImgRow + 2, RealImgCol + 2);
+  const std::size_t bound = planeSize(RealImgRow + 8, RealImgCol + 8);
+  clear(resiz_One, plane);
+  clear(resiz_Two, plane);
+  clear(resiz_OneBound, bound);
+  clear(resiz_TwoBound, bound);
+  clear(resiz_OneBoundFilter, bound);
+  clear(resiz_TwoBoundFilter, bound);
+  calcOverLapImageBright(parts.ofMosaic(), parts.ofFrame(), mosaicPart.rows, mosaicPart.cols,
+                         framePart.rows, framePart.cols, framePart.channels, flags.brightOne,
+                         flags.brightTwo);
+
+  clear(resiz_One, plane);
+  clear(resiz_Two, plane);
+  clear(resiz_OneBoundFilter, bound);
+  clear(resiz_TwoBoundFilter, bound);
+  calcOverLapImageDefinition(parts.ofMosaic(), parts.ofFrame(), mosaicPart.rows, mosaicPart.cols,
+                             framePart.rows, framePart.cols, framePart.channels,
+                             flags.definitionOne, flags.definitionTwo);
+
+  if (flags.offsetX < imgScaleCol && flags.offsetY < imgScaleRow &&
+      std::fabs(flags.brightOne - flags.brightTwo) < brightThCpu &&
+      std::fabs(flags.definitionOne - flags.definitionTwo) < defintThCpu) {
+    flags.stitch_flags = 1;
+  }
+}
+
+/// The larger of the two offsets and the side of the frame that it goes along.
+struct Shift {
+  unsigned distance;
+  int side;
+};
+
+Shift largerShift(const stitchflags& flags) {
+  const auto magnitude = [](int offset) {
+    return offset < 0 ? 0U - static_cast<unsigned>(offset) : static_cast<unsigned>(offset);
+  };
+  const unsigned across = magnitude(flags.offsetX);
+  const unsigned down = magnitude(flags.offsetY);
+  return across > down ? Shift{across, imgScaleCol} : Shift{down, imgScaleRow};
+}
+
+/// Overlap within the limits, backed by enough pairs.
+bool canBlend(const Shift& shift, int matchNum) {
+  const auto distance = static_cast<float>(shift.distance);
+  const auto side = static_cast<float>(shift.side);
+  return distance > (1.0F - ImageOverlap_maxCpu) * side &&
+         (1.0F - ImageOverlap_minCpu) * side > distance && matchNum >= kFewestPairs;
+}
+
+/// Blends a frame that qualified; where it cannot, the next frame is matched against the reference
+/// of this call again.
+void blendOrKeepReference(unsigned char* dest) {
+  const Shift shift = largerShift(flagsCpu);
+  if (canBlend(shift, flagsCpu.matchNum) &&
+      holdsFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
+    stitchingImageImageblendCpu(mosaicImgCpu, dest, thedestImageInfoCpu, flagsCpu, outbordLeftCpu,
+                                outbordRightCpu, {}, outbordLeftCpu, outbordRightCpu,
+                                flagsCpu.position, theSorImageInfoCpu, mosaicImgCpu,
+                                theSorImageTemp);
+    framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
+  } else {
+    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
+  }
+}
+
+/// A run is open and its frames have a size that its buffers were made for.
+bool runIsOpen() {
+  return theSorImageScale != nullptr && thedestImageScale != nullptr &&
+         theSorImageTemp != nullptr && thedestImage_pre != nullptr && imgScaleRow >= 0 &&
+         imgScaleCol >= 0;
+}
+
+}  // namespace
+
+int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
+                           int motorDx, int motorDy, bool motorFlag, SPoint& outLeft,
+                           SPoint& outRight, cv::Mat& outMosaic, stitchflags& outFlags) {
+  if (dest == nullptr) framequilt::report("thedestImage is NULL");
+  cpuMotordx = motorDx;
+  cpuMotordy = motorDy;
+  cpuMotorflage = motorFlag;
+
+  const bool estimated =
+      stitchingImageOffsetCpu(frameIndex != 0 ? theSorImageTemp : src, dest, frameIndex, frameScale,
+                              motorDx, motorDy, false, theSorImageInfoCpu, thedestImageInfoCpu,
+                              outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
+  if (estimated && flagsCpu.stitch_flags == 1) blendOrKeepReference(dest);
+
+  outMosaic = mosaicImgCpu;
+  outLeft = outbordLeftCpu;
+  outRight = outbordRightCpu;
+  outFlags = flagsCpu;
+  if (!estimated) return -1;
+  return product32(mosaicImgCpu.rows, mosaicImgCpu.cols) >= product32(MAXROW, MAXCOL) ? 1 : 0;
+}
+
+bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameIndex,
+                             int frameScale, int /*motorDx*/, int /*motorDy*/, bool /*motorFlag*/,
+                             imgInfo srcInfo, imgInfo destInfo, SPoint& outLeft, SPoint& outRight,
+                             cv::Mat& mosaic, stitchflags& flags) {
+  if (src == nullptr || dest == nullptr || !runIsOpen()) {
+    framequilt::report("stitchingImageOffset ptr is null");
+    return false;
+  }
+  const int channels = srcInfo.channels;
+  bringToWorkingSize(dest, destInfo, frameScale, thedestImageScale,
+                     framequilt::newFrameCapacity(destInfo.channels));
+  if (frameIndex != 0) {
+    std::memcpy(theSorImageScale, src, workingBytes(channels));
+  } else {
+    pretJudgeImageCh(src, srcInfo.rows, srcInfo.cols, channels);
+    bringToWorkingSize(src, srcInfo, frameScale, theSorImageScale,
+                       framequilt::referenceCapacity(channels));
+    std::memcpy(thedestImage_pre, theSorImageScale, workingBytes(channels));
+    if (!startMosaic(channels, outLeft, outRight, mosaic, flags)) return false;
+  }
+
+  framequilt::allocatePairPlanes();
+  if (!imageMosaicFun(theSorImageScale, thedestImageScale, {0, channels, imgScaleRow, imgScaleCol},
+                      flags.offsetX, flags.offsetY, flags.matchNum)) {
+    return false;
+  }
+  if (GStitchMode != 0) {
+    judgeByMotion(destInfo, channels, flags);
+  } else {
+    judgeByOverlap(src, dest, channels, mosaic, flags);
+  }
+  framequilt::releasePairPlanes();
+  return true;
+}

@@ -1,0 +1,114 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "imaging/gray.h"
+
+#include <algorithm>
+#include <cstddef>
+
+#include "imaging/pixel_math.h"
+#include "interface/report.h"
+
+unsigned int R1[256], G1[256], B1[256];
+
+namespace {
+
+using framequilt::planeSize;
+using framequilt::product32;
+
+constexpr int kColour = 3;
+
+/// 1000 times the gray value of a blue, green, red triple.
+unsigned weightedSum(const unsigned char* bgr) {
+  return 299U * bgr[2] + 587U * bgr[1] + 114U * bgr[0];
+}
+
+unsigned char integerGray(const unsigned char* bgr) {
+  return static_cast<unsigned char>((weightedSum(bgr) + 500U) / 1000U);
+}
+
+float tableGray(const unsigned char* bgr) {
+  return static_cast<float>(B1[bgr[0]] + G1[bgr[1]] + R1[bgr[2]]);
+}
+
+float maskOf(bool hasContent) { return hasContent ? 255.0F : 0.0F; }
+
+/// Pixels of a float plane: the 32-bit product of its sides, none when that is below 1.
+std::size_t flatCount(int rows, int cols) {
+  return rows < 1 || cols < 1 ? 0 : static_cast<std::size_t>(std::max(0, product32(rows, cols)));
+}
+
+bool refuseNull() {
+  framequilt::report("rgb2gray ptr invailed");
+  return false;
+}
+
+}  // namespace
+
+bool rgb2Gray(unsigned char* src, int rows, int cols, unsigned char* dst) {
+  if (src == nullptr || dst == nullptr) return refuseNull();
+  const std::size_t pixels = planeSize(rows, cols);
+  for (std::size_t i = 0; i < pixels; ++i) dst[i] = integerGray(src + kColour * i);
+  return true;
+}
+
+bool rgb2GrayTwo(unsigned char* src1, unsigned char* src2, int rows, int cols, unsigned char* dst1,
+                 unsigned char* dst2) {
+  if (src1 == nullptr || dst1 == nullptr) return refuseNull();
+  const std::size_t pixels = planeSize(rows, cols);
+  for (std::size_t i = 0; i < pixels; ++i) dst1[i] = integerGray(src1 + kColour * i);
+  for (std::size_t i = 0; i < pixels; ++i) dst2[i] = integerGray(src2 + kColour * i);
+  return true;
+}
+
+bool rgb2GrayFloat(unsigned char* src, int rows, int cols, int channels, float* dst) {
+  if (src == nullptr || dst == nullptr) return refuseNull();
+  const std::size_t pixels = flatCount(rows, cols);
+  if (channels == kColour) {
+    for (std::size_t i = 0; i < pixels; ++i) dst[i] = tableGray(src + kColour * i);
+  } else {
+    for (std::size_t i = 0; i < pixels; ++i) dst[i] = static_cast<float>(src[i]);
+  }
+  return true;
+}
+
+bool rgb2GrayFloat1(unsigned char* src, int rows, int cols, int channels, float* dst) {
+  if (src == nullptr || dst == nullptr) return refuseNull();
+  const std::size_t pixels = flatCount(rows, cols);
+  if (channels == kColour) {
+    for (std::size_t i = 0; i < pixels; ++i)
+      dst[i] = maskOf(weightedSum(src + kColour * i) >= 500U);
+  } else {
+    for (std::size_t i = 0; i < pixels; ++i) dst[i] = maskOf(src[i] != 0);
+  }
+  return true;
+}
+
+bool rgb2GrayFloatTwo(unsigned char* src1, unsigned char* src2, int rows, int cols, int channels,
+                      float* dst1, float* dst2) {
+  if (src1 == nullptr || dst1 == nullptr) return refuseNull();
+  const std::size_t pixels = flatCount(rows, cols);
+  if (channels == kColour) {
+    for (std::size_t i = 0; i < pixels; ++i) {
+      dst1[i] = tableGray(src1 + kColour * i);
+      dst2[i] = tableGray(src2 + kColour * i);
+    }
+  } else {
+    // Also here three bytes a pixel: the first of each triple.
+    for (std::size_t i = 0; i < pixels; ++i) {
+      dst1[i] = static_cast<float>(src1[kColour * i]);
+      dst2[i] = static_cast<float>(src2[kColour * i]);
+    }
+  }
+  return true;
+}
+
+namespace framequilt {
+
+void fillGrayTables() {
+  for (unsigned i = 0; i < 256U; ++i) {
+    R1[i] = (1224U * i) >> 12;
+    G1[i] = (2404U * i) >> 12;
+    B1[i] = (467U * i) >> 12;
+  }
+}
+
+}  // namespace framequilt

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framequilt/framequilt.h"
+
+#include <algorithm>
+#include <cstddef>
+#include <iterator>
+
+#include "cpu/frame_driver.h"
+#include "cpu/stitching_run.h"
+
+int GStitchMode = 0, GstaticDynamicFlag = 0;
+bool openclDeviceFlag = false;
+bool cudaDeviceFlag = false;
+
+namespace {
+
+/// The hook takes text that it may write to.
+template <std::size_t N>
+void debug(const char (&text)[N]) {
+  char copy[N];
+  std::copy(std::begin(text), std::end(text), copy);
+  CrossPlatformOutputDebugString(copy);
+}
+
+}  // namespace
+
+bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, int maxCol,
+               int stitchMode, int staticDynamicFlag) {
+  GStitchMode = stitchMode;
+  GstaticDynamicFlag = staticDynamicFlag;
+  if (GStitchMode == 0) {
+    debug("0 == GStitchMainMode");
+    if (GstaticDynamicFlag == 0) debug("0 == GstaticMainDynamicFlag");
+  }
+  openclDeviceFlag = false;
+  return initJointCpu(rows, cols, channels, cornerBudget, maxRow, maxCol);
+}
+
+int stichingImagedJoint(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
+                        int motorDx, int motorDy, bool motorFlag, SPoint& outLeft, SPoint& outRight,
+                        cv::Mat& outMosaic, stitchflags& outFlags) {
+  debug("stichingImagedJointCpu in");
+  const int result = stichingImagedJointCpu(src, dest, frameIndex, frameScale, motorDx, motorDy,
+                                            motorFlag, outLeft, outRight, outMosaic, outFlags);
+  if (result == -1) debug("stichingImagedJointCpu failed");
+  return result;
+}
+
+bool uinitJoint() {
+  uninitJointCpu();
+  cudaDeviceFlag = false;
+  openclDeviceFlag = false;
+  return true;
+}
