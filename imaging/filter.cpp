@@ -48,12 +48,21 @@ inline void store(float sum, unsigned char& element) {
   element = lowByte(framequilt::truncateToInt(sum));
 }
 
-/// Sum of `taps` elements `stride` apart, in single precision and in that order.
+/// out[c] = sum over j of kernel[j] * first[c + j * stride], in single precision and in that order.
+/// Sums of a stretch of columns grow side by side, which the compiler turns into vectors.
 template <class T>
-float weightedSum(const T* first, std::ptrdiff_t stride, const float* kernel, int taps) {
-  float sum = 0.0F;
-  for (int j = 0; j < taps; ++j) sum += kernel[j] * static_cast<float>(first[j * stride]);
-  return sum;
+void weightedSums(const T* first, std::ptrdiff_t stride, const float* kernel, int taps, int count,
+                  T* out) {
+  constexpr int kStretch = 64;
+  for (int start = 0; start < count; start += kStretch) {
+    const int width = std::min(kStretch, count - start);
+    float sums[kStretch] = {};
+    for (int j = 0; j < taps; ++j) {
+      const T* tap = first + start + j * stride;
+      for (int c = 0; c < width; ++c) sums[c] += kernel[j] * static_cast<float>(tap[c]);
+    }
+    for (int c = 0; c < width; ++c) store(sums[c], out[start + c]);
+  }
 }
 
 }  // namespace
@@ -83,9 +92,7 @@ bool opencvFilter2DRowCalcCh1(T* src, float* kernel, int rows, int cols, int tap
   if (src == nullptr || dst == nullptr) return refuseNull();
   const int half = taps / 2;
   for (int r = half; r < rows - half; ++r) {
-    const T* top = src + rowStart(r - half, cols);
-    T* out = dst + rowStart(r, cols);
-    for (int c = 0; c < cols; ++c) store(weightedSum(top + c, cols, kernel, taps), out[c]);
+    weightedSums(src + rowStart(r - half, cols), cols, kernel, taps, cols, dst + rowStart(r, cols));
   }
   return true;
 }
@@ -95,11 +102,8 @@ bool opencvFilter2DColCalcCh1(T* src, float* kernel, int rows, int cols, int tap
   if (src == nullptr || dst == nullptr) return refuseNull();
   const int half = taps / 2;
   for (int r = 0; r < rows; ++r) {
-    const T* row = src + rowStart(r, cols);
-    T* out = dst + rowStart(r, cols);
-    for (int c = half; c < cols - half; ++c) {
-      store(weightedSum(row + (c - half), 1, kernel, taps), out[c]);
-    }
+    const std::ptrdiff_t start = rowStart(r, cols);
+    weightedSums(src + start, 1, kernel, taps, cols - 2 * half, dst + start + half);
   }
   return true;
 }
