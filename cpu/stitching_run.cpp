@@ -15,7 +15,6 @@
 
 namespace {
 
-using framequilt::CornerLane;
 using framequilt::laneOne;
 using framequilt::laneTwo;
 using framequilt::product32;

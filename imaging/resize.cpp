@@ -23,7 +23,7 @@ constexpr Bounds kUnbounded = {std::numeric_limits<std::int64_t>::max(),
 
 /// Output side for an odd factor: the quotient rounded half up.
 int roundedQuotient(int side, int scale) {
-  return static_cast<int>(static_cast<double>(side) / static_cast<double>(scale) + 0.5);
+  return static_cast<int>((2 * std::int64_t{side} + scale) / (2 * std::int64_t{scale}));
 }
 
 /// Position of an output index in the source, with the two taps around it and their weights.

@@ -1,0 +1,18 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <atomic>
+
+/// What became of the threads of this process since `watchThreads`. The program that links
+/// thread_calls.cpp has its own `pthread_create` and `pthread_join` in front of the system's.
+struct ThreadCalls {
+  std::atomic<int> creations{0};  ///< Calls, refused ones included.
+  std::atomic<int> joins{0};      ///< Calls that succeeded.
+  std::atomic<int> running{0};    ///< Created and not ended.
+  std::atomic<int> refused{0};    ///< Which creation fails, counted from 1; 0 for none.
+};
+
+ThreadCalls& threadCalls();
+
+/// Sets all counts to zero; the `refused`th creation from here on fails.
+void watchThreads(int refused = 0);

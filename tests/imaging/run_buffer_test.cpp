@@ -1,0 +1,172 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "imaging/run_buffer.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <limits>
+#include <new>
+#include <stdexcept>
+#include <thread>
+#include <vector>
+
+namespace {
+
+using framequilt::AtScopeEnd;
+using framequilt::drop;
+using framequilt::ensure;
+
+template <class T>
+class RunBuffer : public testing::Test {
+ protected:
+  ~RunBuffer() override { drop(buffer_); }
+
+  void fill(std::size_t count, T value) { std::fill_n(buffer_, count, value); }
+  bool holds(std::size_t count, T value) const {
+    return std::all_of(buffer_, buffer_ + count, [=](T element) { return element == value; });
+  }
+
+  T* buffer_ = nullptr;
+};
+
+using Elements = testing::Types<unsigned char, unsigned short, float>;
+TYPED_TEST_SUITE(RunBuffer, Elements);
+
+TYPED_TEST(RunBuffer, NullIsFilledWithZeros) {
+  ensure(this->buffer_, 1000);
+  ASSERT_NE(this->buffer_, nullptr);
+  EXPECT_TRUE(this->holds(1000, TypeParam{0}));
+}
+
+TYPED_TEST(RunBuffer, LargeEnoughOneKeepsItsPlaceAndContents) {
+  ensure(this->buffer_, 100);
+  this->fill(100, TypeParam{7});
+  TypeParam* const before = this->buffer_;
+  for (std::size_t elements : {100, 99, 1, 0}) ensure(this->buffer_, elements);
+  EXPECT_EQ(this->buffer_, before);
+  EXPECT_TRUE(this->holds(100, TypeParam{7}));
+}
+
+TYPED_TEST(RunBuffer, SmallerOneOfTheLibraryIsReplacedByZeros) {
+  ensure(this->buffer_, 100);
+  this->fill(100, TypeParam{7});
+  ensure(this->buffer_, 101);
+  EXPECT_TRUE(this->holds(101, TypeParam{0}));
+}
+
+TYPED_TEST(RunBuffer, GrownOneRemembersItsNewSize) {
+  ensure(this->buffer_, 10);
+  ensure(this->buffer_, 500);
+  this->fill(500, TypeParam{7});
+  ensure(this->buffer_, 400);
+  EXPECT_TRUE(this->holds(500, TypeParam{7}));
+}
+
+TYPED_TEST(RunBuffer, MemoryOfTheHostIsKeptWhateverItsSize) {
+  this->buffer_ = new TypeParam[3];
+  this->fill(3, TypeParam{9});
+  TypeParam* const before = this->buffer_;
+  ensure(this->buffer_, 1000000);
+  EXPECT_EQ(this->buffer_, before);
+  EXPECT_TRUE(this->holds(3, TypeParam{9}));
+}
+
+TYPED_TEST(RunBuffer, HostMayReplaceTheMemoryOfTheLibrary) {
+  ensure(this->buffer_, 4);
+  auto* const own = new TypeParam[64];
+  std::fill_n(own, 64, TypeParam{9});
+  delete[] this->buffer_;
+  this->buffer_ = own;
+  ensure(this->buffer_, 64);
+  EXPECT_EQ(this->buffer_, own);
+  EXPECT_TRUE(this->holds(64, TypeParam{9}));
+}
+
+TYPED_TEST(RunBuffer, HostMayReleaseTheMemoryOfTheLibrary) {
+  ensure(this->buffer_, 1000);
+  delete[] this->buffer_;
+  this->buffer_ = nullptr;
+  ensure(this->buffer_, 10);
+  ASSERT_NE(this->buffer_, nullptr);
+  EXPECT_TRUE(this->holds(10, TypeParam{0}));
+  // What is remembered is the size of the second buffer.
+  ensure(this->buffer_, 1000);
+  EXPECT_TRUE(this->holds(1000, TypeParam{0}));
+}
+
+TYPED_TEST(RunBuffer, DropReleasesAndForgets) {
+  ensure(this->buffer_, 10);
+  drop(this->buffer_);
+  EXPECT_EQ(this->buffer_, nullptr);
+  drop(this->buffer_);
+  EXPECT_EQ(this->buffer_, nullptr);
+
+  this->buffer_ = new TypeParam[3];
+  drop(this->buffer_);  // the leak check sees one that is not released
+  EXPECT_EQ(this->buffer_, nullptr);
+}
+
+TYPED_TEST(RunBuffer, EmptyOneIsNotNull) {
+  ensure(this->buffer_, 0);
+  EXPECT_NE(this->buffer_, nullptr);
+  ensure(this->buffer_, 5);
+  EXPECT_TRUE(this->holds(5, TypeParam{0}));
+}
+
+TEST(RunBufferFailure, NullStaysNull) {
+  float* buffer = nullptr;
+  EXPECT_THROW(ensure(buffer, std::numeric_limits<std::size_t>::max()), std::bad_alloc);
+  EXPECT_EQ(buffer, nullptr);
+}
+
+TEST(RunBufferFailure, LeavesABufferThatCanBeDroppedAndEnsuredAgain) {
+  float* buffer = nullptr;
+  ensure(buffer, 10);
+  EXPECT_THROW(ensure(buffer, std::numeric_limits<std::size_t>::max()), std::bad_alloc);
+  ensure(buffer, 20);
+  ASSERT_NE(buffer, nullptr);
+  std::fill_n(buffer, 20, 1.0F);
+  drop(buffer);
+  EXPECT_EQ(buffer, nullptr);
+}
+
+TEST(RunBufferThreads, DifferentBuffersMayBeHandledAtTheSameTime) {
+  std::vector<float*> buffers(4, nullptr);
+  std::vector<std::thread> threads;
+  for (float*& buffer : buffers) {
+    threads.emplace_back([&buffer] {
+      for (std::size_t elements = 1; elements <= 200; ++elements) {
+        ensure(buffer, elements);
+        buffer[elements - 1] = 1.0F;
+        if (elements % 50 == 0) drop(buffer);
+      }
+      ensure(buffer, 30);
+    });
+  }
+  for (std::thread& thread : threads) thread.join();
+  for (float*& buffer : buffers) {
+    EXPECT_EQ(std::count(buffer, buffer + 30, 0.0F), 30);
+    drop(buffer);
+  }
+}
+
+TEST(AtScopeEnd, RunsOnceAtTheEnd) {
+  int calls = 0;
+  {
+    const AtScopeEnd count([&] { ++calls; });
+    EXPECT_EQ(calls, 0);
+  }
+  EXPECT_EQ(calls, 1);
+}
+
+TEST(AtScopeEnd, RunsOnAnException) {
+  int calls = 0;
+  const auto fail = [&] {
+    const AtScopeEnd count([&] { ++calls; });
+    throw std::runtime_error("on purpose");
+  };
+  EXPECT_THROW(fail(), std::runtime_error);
+  EXPECT_EQ(calls, 1);
+}
+
+}  // namespace

@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/framequilt/output_file.h"
+
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+#include <vector>
+
+#include "temporary_folder.h"
+#include "tools/framequilt/tool_error.h"
+
+using framequilt::tool::OutputFile;
+using framequilt::tool::ToolError;
+
+namespace {
+
+std::string errorOf(const std::string& target) {
+  try {
+    OutputFile file(target);
+  } catch (const ToolError& failure) {
+    return failure.what();
+  }
+  return "no error";
+}
+
+using Names = std::vector<std::string>;
+
+}  // namespace
+
+TEST(OutputFile, AppearsWithItsContentWhenPublished) {
+  const TemporaryFolder folder;
+  {
+    OutputFile file(folder.file("out.bin"));
+    EXPECT_FALSE(std::filesystem::exists(folder.file("out.bin")));
+    file.publish("abc", 3);
+    EXPECT_EQ(readText(folder.file("out.bin")), "abc");
+  }
+  EXPECT_EQ(folder.names(), Names{"out.bin"});
+}
+
+TEST(OutputFile, IsWrittenInTheFolderOfItsTarget) {
+  const TemporaryFolder folder;
+  const OutputFile file(folder.file("out.bin"));
+  ASSERT_EQ(folder.names().size(), 1U);
+  EXPECT_NE(folder.names().front(), "out.bin");
+}
+
+TEST(OutputFile, LeavesNothingUnpublished) {
+  const TemporaryFolder folder;
+  { const OutputFile file(folder.file("out.bin")); }
+  EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST(OutputFile, KeepsAnOlderFileUntilPublished) {
+  const TemporaryFolder folder;
+  writeText(folder.file("out.bin"), "older");
+  { const OutputFile file(folder.file("out.bin")); }
+  EXPECT_EQ(readText(folder.file("out.bin")), "older");
+  OutputFile file(folder.file("out.bin"));
+  EXPECT_EQ(readText(folder.file("out.bin")), "older");
+  file.publish("new", 3);
+  EXPECT_EQ(readText(folder.file("out.bin")), "new");
+}
+
+TEST(OutputFile, WritesMoreThanOneBlock) {
+  const TemporaryFolder folder;
+  const std::string content(3'000'001, 'x');
+  OutputFile(folder.file("out.bin")).publish(content.data(), content.size());
+  EXPECT_TRUE(readText(folder.file("out.bin")) == content);
+}
+
+TEST(OutputFile, AMissingFolderIsNamed) {
+  EXPECT_EQ(errorOf("/nowhere/out.png"),
+            "folder '/nowhere' for '/nowhere/out.png' does not exist: create it or choose another");
+}
+
+TEST(OutputFile, AFolderThatTakesNoFilesIsNamed) {
+  const std::string error = errorOf("/proc/out.png");  // Not even root creates files there.
+  EXPECT_EQ(error.rfind("no file can be created in '/proc' (", 0), 0U) << error;
+  EXPECT_NE(error.find("): choose a folder that you may write to"), std::string::npos) << error;
+}
+
+TEST(OutputFile, AFolderIsNoTarget) {
+  const TemporaryFolder folder;
+  EXPECT_EQ(errorOf(folder.path()), "'" + folder.path() + "' is a folder: name a file in it");
+}

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: Apache-2.0
+#include <CLI/CLI.hpp>
+#include <exception>
+#include <iostream>
+#include <new>
+#include <opencv2/core.hpp>
+#include <opencv2/core/utils/logger.hpp>
+
+#include "tools/framequilt/options_stitch.h"
+#include "tools/framequilt/stitch_command.h"
+#include "tools/framequilt/tool_error.h"
+
+namespace {
+
+using namespace framequilt::tool;
+
+/// Reports on standard error in one line.
+ExitStatus complain(const char* what) {
+  std::cerr << "framequilt: " << what << "\n";
+  return kBadInput;
+}
+
+ExitStatus run(const StitchOptions& options) {
+  try {
+    const ExitStatus status = stitch(options, std::cout, std::cerr);
+    std::cout.flush();
+    return std::cout ? status : complain("standard output cannot be written");
+  } catch (const ToolError& failure) {
+    return complain(failure.what());
+  } catch (const std::bad_alloc&) {
+    return complain("out of memory: use --scale 2 or smaller pictures");
+  } catch (const cv::Exception& failure) {
+    return complain(failure.err.c_str());
+  }
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  // Pictures that cannot be read are reported here, in one line and with the remedy.
+  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+
+  CLI::App app("Stitches the frames of a moving camera into one mosaic.", "framequilt");
+  app.set_version_flag("--version", "framequilt " FRAMEQUILT_VERSION);
+  app.require_subcommand(1);
+  StitchOptions options;
+  addStitchCommand(app, options);
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& outcome) {
+    return app.exit(outcome) == 0 ? kMosaicWritten : kBadInput;  // 0: --help or --version.
+  }
+  return run(options);
+}

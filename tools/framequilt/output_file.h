@@ -1,0 +1,39 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstddef>
+#include <filesystem>
+
+namespace framequilt::tool {
+
+/// A file that appears under its name only when it is complete.
+///
+/// The bytes go to a temporary file in the same folder, which then takes the place of `target`; an
+/// older file of that name stays until that moment, and for good when `publish` fails or is never
+/// called.
+class OutputFile {
+ public:
+  /// Creates the temporary file, so that a folder that cannot take the output is known at once.
+  /// \throws ToolError naming the folder or the target.
+  explicit OutputFile(std::filesystem::path target);
+  /// Removes the temporary file of an output that was not published.
+  ~OutputFile();
+  OutputFile(const OutputFile&) = delete;
+  OutputFile& operator=(const OutputFile&) = delete;
+
+  /// Writes the `size` bytes as the whole content, to the disk, and moves the file into place. At
+  /// most once. \throws ToolError naming the target.
+  void publish(const void* bytes, std::size_t size);
+
+  const std::filesystem::path& target() const { return target_; }
+
+ private:
+  void write(const void* bytes, std::size_t size);
+  void close();
+
+  std::filesystem::path target_;
+  std::filesystem::path temporary_;  // Empty once published.
+  int descriptor_ = -1;
+};
+
+}  // namespace framequilt::tool
