@@ -130,13 +130,6 @@ TEST_F(CornerStrip, CornersAreInPixelsOfTheWholeImage) {
   expectAround(hinted(kSides[1], 0, -30));
 }
 
-TEST_F(CornerStrip, CornersAreAppendedAndAllOfThemShifted) {
-  Points corners = {{1000, 2000}};
-  getRangeCpuOne(24, 16, gray_.data(), kRows, kCols, corners);
-  ASSERT_GT(corners.size(), 1U);
-  EXPECT_EQ(corners[0], (SPoint{1024, 2016}));
-}
-
 const std::vector<SPoint> kBeyond = {
     {180, 0},     {-180, 0},          {0, 150},           {0, -150},          {181, 4},
     {-500, 151},  {0, 10000},         {INT_MAX, 0},       {INT_MIN, 0},       {0, INT_MAX},

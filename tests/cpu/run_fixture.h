@@ -46,7 +46,7 @@ inline Bytes texture(int rows, int cols, std::uint64_t seed, int row0 = 0, int c
   image.reserve(area(rows, cols));
   for (int r = 0; r < rows; ++r) {
     for (int c = 0; c < cols; ++c) {
-      const int block = (r + row0 + 6000) / 6 * 4000 + (c + col0 + 6000) / 6;
+      const int block = (r + row0 + 6000) / 4 * 4000 + (c + col0 + 6000) / 4;
       Random random(seed + static_cast<std::uint64_t>(block));
       image.push_back(static_cast<unsigned char>(random.between(10, 245)));
     }

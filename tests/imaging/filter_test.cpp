@@ -50,7 +50,8 @@ void comparePasses(std::vector<T> src, int rows, int cols, Floats kernel) {
     }
   }
   Guarded<T> downOut(src.size()), alongOut(src.size());
-  EXPECT_TRUE(opencvFilter2DRowCalcCh1(src.data(), kernel.data(), rows, cols, taps, downOut.data()));
+  EXPECT_TRUE(
+      opencvFilter2DRowCalcCh1(src.data(), kernel.data(), rows, cols, taps, downOut.data()));
   EXPECT_TRUE(
       opencvFilter2DColCalcCh1(src.data(), kernel.data(), rows, cols, taps, alongOut.data()));
   EXPECT_EQ(downOut.values(), down);
@@ -145,9 +146,7 @@ TEST(ByteFilter, MotionKernelKeepsEveryFlatImage) {
   }
 }
 
-TEST(ByteFilter, CornerKernelIsNotRenormalised) {
-  EXPECT_EQ(smoothedFlat(100, filter2DKer), 98);
-}
+TEST(ByteFilter, CornerKernelIsNotRenormalised) { EXPECT_EQ(smoothedFlat(100, filter2DKer), 98); }
 
 TEST(FloatFilter, AddsInAscendingOrder) {
   // 1 is lost beside 1e8; any other order would keep it.
@@ -168,8 +167,8 @@ TEST(ByteFilter, AgreesWithTheSlowSumsAtEveryWidth) {
     for (float& weight : kernel) {
       weight = static_cast<float>(random.between(-1000, 1000)) * 0.0013F;
     }
-    SCOPED_TRACE(testing::Message() << "seed 61: " << rows << " x " << cols << ", " << kernel.size()
-                                    << " taps");
+    SCOPED_TRACE(testing::Message()
+                 << "seed 61: " << rows << " x " << cols << ", " << kernel.size() << " taps");
     Bytes src = random.bytes(area(rows, cols));
     src.reserve(1);
     comparePasses(src, rows, cols, kernel);
@@ -194,7 +193,8 @@ TEST(FloatFilter, AgreesWithTheSlowSumsAtEveryWidth) {
 Bytes binomial(Bytes src, int rows, int cols) {
   GuardedBytes out(src.size());
   // Neither the weights nor the tap count is read.
-  EXPECT_TRUE(opencvfilter2DCalcCh1<unsigned char>(src.data(), nullptr, rows, cols, -7, out.data()));
+  EXPECT_TRUE(
+      opencvfilter2DCalcCh1<unsigned char>(src.data(), nullptr, rows, cols, -7, out.data()));
   EXPECT_TRUE(out.intact());
   return out.values();
 }
@@ -298,11 +298,15 @@ TEST(Filters, NullPointersAreRefusedWithOneLine) {
   Floats fin(9, 1.0F), fout(9, 171.0F);
   float weight = 1.0F;
   const std::vector<std::function<bool()>> calls = {
-      [&] { return opencvFilter2DRowCalcCh1<unsigned char>(nullptr, &weight, 3, 3, 1, out.data()); },
+      [&] {
+        return opencvFilter2DRowCalcCh1<unsigned char>(nullptr, &weight, 3, 3, 1, out.data());
+      },
       [&] { return opencvFilter2DRowCalcCh1<unsigned char>(in.data(), &weight, 3, 3, 1, nullptr); },
       [&] { return opencvFilter2DRowCalcCh1<float>(nullptr, &weight, 3, 3, 1, fout.data()); },
       [&] { return opencvFilter2DRowCalcCh1<float>(fin.data(), &weight, 3, 3, 1, nullptr); },
-      [&] { return opencvFilter2DColCalcCh1<unsigned char>(nullptr, &weight, 3, 3, 1, out.data()); },
+      [&] {
+        return opencvFilter2DColCalcCh1<unsigned char>(nullptr, &weight, 3, 3, 1, out.data());
+      },
       [&] { return opencvFilter2DColCalcCh1<unsigned char>(in.data(), &weight, 3, 3, 1, nullptr); },
       [&] { return opencvFilter2DColCalcCh1<float>(nullptr, &weight, 3, 3, 1, fout.data()); },
       [&] { return opencvFilter2DColCalcCh1<float>(fin.data(), &weight, 3, 3, 1, nullptr); },

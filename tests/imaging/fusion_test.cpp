@@ -25,8 +25,8 @@ bool planesAreReleased() {
 
 Bytes weights(Bytes image1, Bytes image2, int rows, int cols, int channels) {
   GuardedBytes weight(area(rows, cols));
-  EXPECT_TRUE(weightofTwoAreaFun(image1.data(), image2.data(), rows, cols, channels, 12345,
-                                 weight.data()));
+  EXPECT_TRUE(
+      weightofTwoAreaFun(image1.data(), image2.data(), rows, cols, channels, 12345, weight.data()));
   EXPECT_TRUE(weight.intact());
   EXPECT_TRUE(planesAreReleased());
   return weight.values();
@@ -169,11 +169,11 @@ TEST(FusionWeight, DistancesGrowFromTheBlankedFrameOfTheSecondImageOnly) {
   EXPECT_TRUE(weightofTwoAreaFun(one.data(), two.data(), 5, 5, 1, 0, weight.data()));
   EXPECT_EQ(a.values(), Floats(25, 255.0F));
   const float middle = 0.2F + 0.2F;
-  EXPECT_EQ(b.values(), (Floats{0.0F, 0.0F, 0.0F, 0.0F, 0.0F,    //
-                                0.0F, 0.2F, 0.2F, 0.2F, 0.0F,    //
+  EXPECT_EQ(b.values(), (Floats{0.0F, 0.0F, 0.0F,   0.0F, 0.0F,  //
+                                0.0F, 0.2F, 0.2F,   0.2F, 0.0F,  //
                                 0.0F, 0.2F, middle, 0.2F, 0.0F,  //
-                                0.0F, 0.2F, 0.2F, 0.2F, 0.0F,    //
-                                0.0F, 0.0F, 0.0F, 0.0F, 0.0F}));
+                                0.0F, 0.2F, 0.2F,   0.2F, 0.0F,  //
+                                0.0F, 0.0F, 0.0F,   0.0F, 0.0F}));
 }
 
 TEST(FusionWeight, OneDiagonalIsAShortcutAndTheOtherIsNot) {
@@ -201,9 +201,9 @@ TEST(FusionWeight, OutermostColumnsAreNeverUpdatedAndTheFirstRowOnlyOnTheWayUp) 
   EXPECT_TRUE(weightofTwoAreaFun(one.data(), two.data(), 4, 5, 1, 0, weight.data()));
   const float two2 = 0.2F + 0.2F, three2 = two2 + 0.2F;
   const float diagonal = 0.3F + 0.2F;
-  EXPECT_EQ(a.values(), (Floats{255.0F, 0.2F, two2, three2, 255.0F,   //
-                                255.0F, 0.0F, 0.2F, two2, 255.0F,     //
-                                255.0F, 0.2F, 0.3F, diagonal, 255.0F,  //
+  EXPECT_EQ(a.values(), (Floats{255.0F, 0.2F, two2,     three2,      255.0F,  //
+                                255.0F, 0.0F, 0.2F,     two2,        255.0F,  //
+                                255.0F, 0.2F, 0.3F,     diagonal,    255.0F,  //
                                 255.0F, two2, diagonal, 0.3F + 0.3F, 255.0F}));
 }
 
@@ -238,8 +238,7 @@ TEST(FusionWeight, AgreesWithTheSlowDistancesAtEveryWidth) {
     SCOPED_TRACE(testing::Message() << "seed 95: " << rows << " x " << cols << " x " << channels);
     const Bytes one = patchy(random, rows, cols, channels);
     const Bytes two = patchy(random, rows, cols, channels);
-    EXPECT_EQ(weights(one, two, rows, cols, channels),
-              slowWeights(one, two, rows, cols, channels));
+    EXPECT_EQ(weights(one, two, rows, cols, channels), slowWeights(one, two, rows, cols, channels));
   }
 }
 
@@ -329,8 +328,7 @@ TEST(Fusion, AgreesWithTheSlowMixAtEveryWidth) {
     const ScopedValue realCols(RealImgCol, cols + random.between(-1, 1));
     const Bytes one = patchy(random, rows, cols, channels);
     const Bytes two = patchy(random, rows, cols, channels);
-    const Bytes expected =
-        slowMix(one, two, slowWeights(one, two, rows, cols, channels), channels);
+    const Bytes expected = slowMix(one, two, slowWeights(one, two, rows, cols, channels), channels);
     const Fused fused(one, two, rows, cols, channels);
     EXPECT_EQ(fused.two.values(), expected);
     EXPECT_EQ(fused.one.values(), expected);

@@ -95,10 +95,10 @@ TEST(IntegerGray, BytesAreBlueGreenRed) {
 }
 
 TEST(IntegerGray, RoundsHalfUp) {
-  EXPECT_EQ(integerGray(0, 0, 1), 0);   // 299
-  EXPECT_EQ(integerGray(0, 0, 2), 1);   // 598
-  EXPECT_EQ(integerGray(11, 5, 1), 4);  // 4488
-  EXPECT_EQ(integerGray(2, 4, 8), 5);   // 4968
+  EXPECT_EQ(integerGray(0, 0, 1), 0);     // 299
+  EXPECT_EQ(integerGray(0, 0, 2), 1);     // 598
+  EXPECT_EQ(integerGray(11, 5, 1), 4);    // 4488
+  EXPECT_EQ(integerGray(2, 4, 8), 5);     // 4968
   EXPECT_EQ(integerGray(50, 0, 96), 34);  // 34404
   EXPECT_EQ(integerGray(250, 0, 0), 29);  // 28500, just a half
 }
@@ -257,8 +257,7 @@ struct OnePixel {
            rgb2GrayFloatTwo(bgr, bgr, rows, cols, channels, value, value + 1);
   }
   bool convertToBytes(int rows, int cols) {
-    return rgb2Gray(bgr, rows, cols, gray) &&
-           rgb2GrayTwo(bgr, bgr, rows, cols, gray, gray + 1);
+    return rgb2Gray(bgr, rows, cols, gray) && rgb2GrayTwo(bgr, bgr, rows, cols, gray, gray + 1);
   }
   bool untouched() const {
     return gray[0] == 171 && gray[1] == 171 && value[0] == 171.0F && value[1] == 171.0F;

@@ -52,8 +52,8 @@ Bytes smoothedOnce(const Bytes& gray, int rows, int cols, bool down) {
     for (int c = 0; c < cols; ++c) {
       float sum = 0.0F;
       for (int j = 0; j < 5; ++j) {
-        const std::size_t tap = down ? at(mirrored(r + j - 2, rows), c, cols)
-                                     : at(r, mirrored(c + j - 2, cols), cols);
+        const std::size_t tap =
+            down ? at(mirrored(r + j - 2, rows), c, cols) : at(r, mirrored(c + j - 2, cols), cols);
         sum = plusProduct(sum, filter2DKerModel[j], gray[tap]);
       }
       out[at(r, c, cols)] = wrappedByte(sum);
@@ -134,9 +134,9 @@ TEST(PreJudgement, ReplacesEveryZeroAtEveryWidth) {
 }
 
 TEST(PreJudgement, NullImageIsRefusedWithOneLine) {
-  EXPECT_EQ(standardOutputOf(
-                [] { EXPECT_FALSE(pretJudgeImageCh<unsigned char>(nullptr, 2, 2, 1)); }),
-            "pretJudgeImageCh ptr is NULL\n");
+  EXPECT_EQ(
+      standardOutputOf([] { EXPECT_FALSE(pretJudgeImageCh<unsigned char>(nullptr, 2, 2, 1)); }),
+      "pretJudgeImageCh ptr is NULL\n");
 }
 
 TEST(Motion, IdenticalFramesDoNotMove) {

@@ -97,8 +97,8 @@ TEST(Padding, FirstDestinationMayBeMissing) {
   GuardedBytes bytesOut(49);
   GuardedFloats floatsOut(49);
   const std::string output = standardOutputOf([&] {
-    EXPECT_TRUE(opencvcopyFilter2DBorderCh1<unsigned char>(src.data(), 3, 3, 2, nullptr,
-                                                           bytesOut.data()));
+    EXPECT_TRUE(
+        opencvcopyFilter2DBorderCh1<unsigned char>(src.data(), 3, 3, 2, nullptr, bytesOut.data()));
     EXPECT_TRUE(
         opencvcopyFilter2DBorderCh1<float>(floats.data(), 3, 3, 2, nullptr, floatsOut.data()));
   });
@@ -120,8 +120,7 @@ TEST(Padding, MirrorsRandomImagesOfEveryWidth) {
     Floats floats(src.begin(), src.end());
     for (float& value : floats) value = value * 0.37F - 20.0F;
     GuardedFloats a(area(rows + 2 * border, cols + 2 * border)), b(a.size());
-    EXPECT_TRUE(
-        opencvcopyFilter2DBorderCh1(floats.data(), rows, cols, border, a.data(), b.data()));
+    EXPECT_TRUE(opencvcopyFilter2DBorderCh1(floats.data(), rows, cols, border, a.data(), b.data()));
     EXPECT_EQ(a.values(), mirroredImage(floats, rows, cols, border));
     EXPECT_EQ(b.values(), a.values());
     EXPECT_TRUE(a.intact() && b.intact());

@@ -27,7 +27,8 @@ inline int mirrored(int i, int n) {
 /// is exact in double, and a double sum of two floats rounds to the same float: no joined
 /// multiply-add can change this.
 inline float plusProduct(float sum, float weight, float value) {
-  const float product = static_cast<float>(static_cast<double>(weight) * static_cast<double>(value));
+  const float product =
+      static_cast<float>(static_cast<double>(weight) * static_cast<double>(value));
   return static_cast<float>(static_cast<double>(sum) + static_cast<double>(product));
 }
 

@@ -14,7 +14,9 @@
 
 namespace {
 
-const std::string kRefusal = "ptr is null or endBigRow \xA1\xA2" "endBigCol overSize\n";
+const std::string kRefusal =
+    "ptr is null or endBigRow \xA1\xA2"
+    "endBigCol overSize\n";
 
 constexpr unsigned char kUntouched = GuardedBytes::kUntouched;
 
@@ -83,10 +85,9 @@ TEST(BlockCut, MayReachTheFarEdgesButNotBeyond) {
   imgInfo untouched{1, 2, 3, 4};
   GuardedBytes nothing(20);
   for (const Rect rect : {Rect{0, 4, 0, 4}, Rect{0, 3, 0, 5}, Rect{4, 4, 0, 4}}) {
-    EXPECT_EQ(standardOutputOf([&] {
-                EXPECT_FALSE(cut(big, rect, 3, 4, 1, untouched, nothing.data()));
-              }),
-              kRefusal);
+    EXPECT_EQ(
+        standardOutputOf([&] { EXPECT_FALSE(cut(big, rect, 3, 4, 1, untouched, nothing.data())); }),
+        kRefusal);
   }
   EXPECT_EQ(nothing.values(), Bytes(20, kUntouched));
   expectInfo(untouched, 1, 2, 3, 4);
@@ -136,8 +137,9 @@ TEST(BlockWrite, RefusesWhatReachesBeyondTheBigImage) {
               kRefusal);
   }
   EXPECT_EQ(big.values(), Bytes(12, kUntouched));
-  EXPECT_EQ(standardOutputOf(
-                [&] { EXPECT_TRUE(write(small, 4, {0, 3, 0, 4}, 3, 4, 1, big.data())); }),
+  EXPECT_EQ(standardOutputOf([&] {
+              EXPECT_TRUE(write(small, 4, {0, 3, 0, 4}, 3, 4, 1, big.data()));
+            }),
             "");
   EXPECT_EQ(big.values(), countedUp(12));
 }
@@ -180,7 +182,8 @@ TEST(BlockCopy, MovesRandomBlocksOfEveryWidth) {
     const int channels = random.between(0, 1) == 0 ? 1 : 3;
     const int row0 = random.between(0, 3), col0 = random.between(0, 9);
     const Rect rect = {row0, row0 + random.between(0, 4), col0, col0 + cols};
-    const int bigRows = rect.row1 + random.between(0, 2), bigCols = rect.col1 + random.between(0, 5);
+    const int bigRows = rect.row1 + random.between(0, 2),
+              bigCols = rect.col1 + random.between(0, 5);
     SCOPED_TRACE(testing::Message() << "seed 81: cols " << cols << ", channels " << channels);
     Bytes big = random.bytes(area(bigRows, bigCols, channels) + 1);
     const Bytes fresh = random.bytes(area(rect.rows(), cols, channels));
@@ -189,8 +192,8 @@ TEST(BlockCopy, MovesRandomBlocksOfEveryWidth) {
     Bytes expectedBig(big.size(), kUntouched);
     for (int r = 0; r < rect.rows(); ++r) {
       for (int k = 0; k < cols * channels; ++k) {
-        const std::size_t inBig = at(row0 + r, 0, bigCols * channels) +
-                                  static_cast<std::size_t>(col0 * channels + k);
+        const std::size_t inBig =
+            at(row0 + r, 0, bigCols * channels) + static_cast<std::size_t>(col0 * channels + k);
         expectedSmall.push_back(big[inBig]);
         expectedBig[inBig] = fresh[at(r, k, cols * channels)];
       }
@@ -214,7 +217,8 @@ Bytes located(int rows, int cols, unsigned char mark) {
   Bytes image;
   for (int r = 0; r < rows; ++r) {
     for (int c = 0; c < cols; ++c) {
-      image.insert(image.end(), {static_cast<unsigned char>(r), static_cast<unsigned char>(c), mark});
+      image.insert(image.end(),
+                   {static_cast<unsigned char>(r), static_cast<unsigned char>(c), mark});
     }
   }
   return image;
@@ -224,7 +228,8 @@ Bytes locatedBlock(Rect rect, unsigned char mark) {
   Bytes block;
   for (int r = rect.row0; r < rect.row1; ++r) {
     for (int c = rect.col0; c < rect.col1; ++c) {
-      block.insert(block.end(), {static_cast<unsigned char>(r), static_cast<unsigned char>(c), mark});
+      block.insert(block.end(),
+                   {static_cast<unsigned char>(r), static_cast<unsigned char>(c), mark});
     }
   }
   return block;
@@ -240,9 +245,9 @@ void expectOverlap(int rows, int cols, int offsetX, int offsetY, Rect inMosaic, 
   GuardedBytes mosaicPart(room), framePart(room);
   imgInfo mosaicPartInfo{11, 0, 0, 0}, framePartInfo{12, 0, 0, 0};
 
-  takeOutOverLapImageFromMoasicImage(
-      mosaic.data(), frame.data(), {0, 3, kMosaicSide, kMosaicSide}, {0, 3, rows, cols}, {5, 7},
-      offsetX, offsetY, mosaicPartInfo, framePartInfo, mosaicPart.data(), framePart.data());
+  takeOutOverLapImageFromMoasicImage(mosaic.data(), frame.data(), {0, 3, kMosaicSide, kMosaicSide},
+                                     {0, 3, rows, cols}, {5, 7}, offsetX, offsetY, mosaicPartInfo,
+                                     framePartInfo, mosaicPart.data(), framePart.data());
 
   EXPECT_EQ(mosaicPart.values(), locatedBlock(inMosaic, 1));
   EXPECT_EQ(framePart.values(), locatedBlock(inFrame, 2));
@@ -309,8 +314,8 @@ TEST(OverlapCut, TakesTheChannelsOfEachImage) {
   GuardedBytes mosaicPart(300), framePart(100);
   imgInfo mosaicPartInfo{}, framePartInfo{};
   takeOutOverLapImageFromMoasicImage(mosaic.data(), frame.data(), {0, 3, 20, 20}, {0, 1, 10, 10},
-                                     {5, 7}, 0, 0, mosaicPartInfo, framePartInfo,
-                                     mosaicPart.data(), framePart.data());
+                                     {5, 7}, 0, 0, mosaicPartInfo, framePartInfo, mosaicPart.data(),
+                                     framePart.data());
   EXPECT_EQ(mosaicPart.values(), locatedBlock({7, 17, 5, 15}, 1));
   EXPECT_EQ(framePart.values(), frame);
   EXPECT_TRUE(mosaicPart.intact() && framePart.intact());

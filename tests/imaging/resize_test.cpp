@@ -94,8 +94,8 @@ TEST(Resize, SmallFactorsSampleRandomImagesOfEveryWidth) {
     for (int scale : {2, 3, 4, 5, 7}) {
       const int rows = random.between(0, 16);
       const int channels = random.between(0, 1) == 0 ? 1 : 3;
-      SCOPED_TRACE(testing::Message() << "seed 71: " << rows << " x " << cols << " x " << channels
-                                      << " by " << scale);
+      SCOPED_TRACE(testing::Message()
+                   << "seed 71: " << rows << " x " << cols << " x " << channels << " by " << scale);
       Bytes src = random.bytes(area(rows, cols, channels));
       const Bytes expected = sampled(src, rows, cols, scale, channels);
       if (src.empty()) src.push_back(0);

@@ -125,7 +125,7 @@ TEST_F(ProgramOptions, LimitsEndTheRunOnceTheMosaicReachesThem) {
     EXPECT_EQ(full.status, 0) << limit;
     EXPECT_TRUE(contains(full.out, "frames read: 2\njoined: 2\n")) << full.out;
     EXPECT_EQ(full.err,
-              "framequilt: the mosaic is full, 1 pictures were not read: raise --max-rows or "
+              "framequilt: the mosaic is full (pictures not read: 1): raise --max-rows or "
               "--max-cols\n");
     EXPECT_EQ(cv::imread(mosaic(), cv::IMREAD_UNCHANGED).size(), cv::Size(kCols + 160, kRows));
   }

@@ -101,7 +101,7 @@ TEST_F(StitchCommand, AFullMosaicEndsTheRunAndIsSaved) {
   EXPECT_EQ(run(), kMosaicWritten);
   EXPECT_EQ(engine_.calls.size(), 2U);
   EXPECT_EQ(notes_.str(),
-            "framequilt: the mosaic is full, 2 pictures were not read: raise --max-rows or "
+            "framequilt: the mosaic is full (pictures not read: 2): raise --max-rows or "
             "--max-cols\n");
   expectMosaic();
 }

@@ -74,8 +74,8 @@ void stitchPictures(RunDriver& run, const std::vector<fs::path>& pictures, int c
     log.add(picture, outcome, milliseconds);
     tell(picture, outcome, verbose, notes);
     if (!outcome.full) continue;
-    notes << "framequilt: the mosaic is full, " << pictures.size() - log.entries().size()
-          << " pictures were not read: raise --max-rows or --max-cols\n";
+    notes << "framequilt: the mosaic is full (pictures not read: "
+          << pictures.size() - log.entries().size() << "): raise --max-rows or --max-cols\n";
     return;
   }
 }
