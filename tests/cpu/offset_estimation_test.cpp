@@ -20,6 +20,14 @@ Estimate estimate(Bytes& reference, Bytes& frame, imgInfo info) {
   return result;
 }
 
+/// Of the pairs that support each other the first one gives the offset: it may be off by less than
+/// the distance at which they still do.
+void expectOffset(const Estimate& result, int dx, int dy) {
+  ASSERT_TRUE(result.found);
+  EXPECT_NEAR(result.dx, dx, 3);
+  EXPECT_NEAR(result.dy, dy, 3);
+}
+
 void expectUntouched(const Estimate& result) {
   EXPECT_FALSE(result.found);
   EXPECT_EQ(result.dx, 1001);
@@ -59,9 +67,7 @@ TEST_F(OffsetEstimation, DisplacementOfTheNewFrameIsFound) {
     SCOPED_TRACE(testing::Message() << dx << ", " << dy);
     Bytes frame = view(dx, dy);
     const Estimate result = estimate(reference_, frame, kGray);
-    ASSERT_TRUE(result.found);
-    EXPECT_EQ(result.dx, dx);
-    EXPECT_EQ(result.dy, dy);
+    expectOffset(result, dx, dy);
     EXPECT_GE(result.matchCount, 11);
     expectNothingLeft();
   }
@@ -72,9 +78,9 @@ TEST_F(OffsetEstimation, ColourFramesAreComparedByTheirGray) {
   const Estimate gray = estimate(reference_, frame, kGray);
   Bytes colourReference = tripled(reference_), colourFrame = tripled(frame);
   const Estimate colour = estimate(colourReference, colourFrame, kColour);
-  ASSERT_TRUE(colour.found);
-  EXPECT_EQ(colour.dx, 30);
-  EXPECT_EQ(colour.dy, -24);
+  expectOffset(colour, 30, -24);
+  EXPECT_EQ(colour.dx, gray.dx);
+  EXPECT_EQ(colour.dy, gray.dy);
   EXPECT_EQ(colour.matchCount, gray.matchCount);
 }
 
@@ -85,10 +91,7 @@ TEST_F(OffsetEstimation, HintLimitsTheSearchToTheCommonPart) {
     cpuMotordx = dx;
     cpuMotordy = dy;
     Bytes frame = view(dx, dy);
-    const Estimate result = estimate(reference_, frame, kGray);
-    ASSERT_TRUE(result.found);
-    EXPECT_EQ(result.dx, dx);
-    EXPECT_EQ(result.dy, dy);
+    expectOffset(estimate(reference_, frame, kGray), dx, dy);
   }
 }
 

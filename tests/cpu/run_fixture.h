@@ -15,16 +15,11 @@
 #include "cpu/stitching_run.h"
 #include "features/features_state.h"
 #include "imaging/imaging_state.h"
+#include "tests/cpu/points.h"
 #include "tests/support/random_images.h"
 
 using Bytes = std::vector<unsigned char>;
 using Points = std::vector<SPoint>;
-
-inline bool operator==(SPoint a, SPoint b) { return a.x == b.x && a.y == b.y; }
-
-inline std::ostream& operator<<(std::ostream& out, SPoint point) {
-  return out << '(' << point.x << ", " << point.y << ')';
-}
 
 inline std::size_t area(int rows, int cols, int channels = 1) {
   return static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols) *
@@ -39,8 +34,8 @@ T* fresh(std::size_t elements, T value = T{}) {
   return memory;
 }
 
-/// Blocks of six pixels of random gray, the same for the same seed: corners everywhere, no two
-/// alike. `row0` and `col0` choose the window of an endless scene.
+/// Blocks of 4 x 4 pixels of random gray, the same for the same seed: corners everywhere, no two
+/// alike. `row0` and `col0`, above -6000, choose the window of a large scene.
 inline Bytes texture(int rows, int cols, std::uint64_t seed, int row0 = 0, int col0 = 0) {
   Bytes image;
   image.reserve(area(rows, cols));

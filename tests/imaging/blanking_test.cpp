@@ -4,7 +4,7 @@
 #include <string>
 
 #include "imaging/overlap.h"
-#include "tests/imaging/guarded.h"
+#include "tests/support/guarded.h"
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"
 

@@ -7,7 +7,7 @@
 #include <string>
 #include <vector>
 
-#include "tests/imaging/guarded.h"
+#include "tests/support/guarded.h"
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/random_images.h"

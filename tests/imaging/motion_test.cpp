@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "imaging/imaging_state.h"
-#include "tests/imaging/guarded.h"
+#include "tests/support/guarded.h"
 #include "tests/imaging/host_state.h"
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"

@@ -4,7 +4,7 @@
 #include <framequilt/tuning.h>
 
 #include "imaging/imaging_state.h"
-#include "tests/imaging/guarded.h"
+#include "tests/support/guarded.h"
 #include "tests/imaging/host_state.h"
 #include "tests/imaging/reference.h"
 

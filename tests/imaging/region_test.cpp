@@ -7,8 +7,9 @@
 #include <numeric>
 #include <string>
 
-#include "tests/imaging/guarded.h"
+#include "tests/support/guarded.h"
 #include "tests/imaging/reference.h"
+#include "tests/imaging/region_blocks.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/random_images.h"
 
@@ -19,13 +20,6 @@ const std::string kRefusal =
     "endBigCol overSize\n";
 
 constexpr unsigned char kUntouched = GuardedBytes::kUntouched;
-
-/// A half-open rectangle.
-struct Rect {
-  int row0, row1, col0, col1;
-  int rows() const { return row1 - row0; }
-  int cols() const { return col1 - col0; }
-};
 
 Bytes countedUp(std::size_t count) {
   Bytes bytes(count);
@@ -44,13 +38,6 @@ bool write(Bytes& small, int smallCols, Rect rect, int bigRows, int bigCols, int
   // The row count of the small image is not read.
   return willSmallImgToBigImgAssignRowCol(small.data(), -5, smallCols, rect.row0, rect.row1,
                                           rect.col0, rect.col1, bigRows, bigCols, channels, big);
-}
-
-void expectInfo(const imgInfo& info, int reserved, int channels, int rows, int cols) {
-  EXPECT_EQ(info.reserved, reserved);
-  EXPECT_EQ(info.channels, channels);
-  EXPECT_EQ(info.rows, rows);
-  EXPECT_EQ(info.cols, cols);
 }
 
 TEST(BlockCut, IsPackedAndDescribed) {
@@ -209,136 +196,6 @@ TEST(BlockCopy, MovesRandomBlocksOfEveryWidth) {
     EXPECT_TRUE(write(source, cols, rect, bigRows, bigCols, channels, target.data()));
     EXPECT_EQ(target.values(), expectedBig);
     EXPECT_TRUE(small.intact() && target.intact());
-  }
-}
-
-/// A colour image whose pixels hold their own row and column, and a mark of the image.
-Bytes located(int rows, int cols, unsigned char mark) {
-  Bytes image;
-  for (int r = 0; r < rows; ++r) {
-    for (int c = 0; c < cols; ++c) {
-      image.insert(image.end(),
-                   {static_cast<unsigned char>(r), static_cast<unsigned char>(c), mark});
-    }
-  }
-  return image;
-}
-
-Bytes locatedBlock(Rect rect, unsigned char mark) {
-  Bytes block;
-  for (int r = rect.row0; r < rect.row1; ++r) {
-    for (int c = rect.col0; c < rect.col1; ++c) {
-      block.insert(block.end(),
-                   {static_cast<unsigned char>(r), static_cast<unsigned char>(c), mark});
-    }
-  }
-  return block;
-}
-
-constexpr int kMosaicSide = 40;
-
-/// Cuts the overlap of a frame at (5, 7) in a 40 x 40 mosaic and compares it with two rectangles.
-void expectOverlap(int rows, int cols, int offsetX, int offsetY, Rect inMosaic, Rect inFrame) {
-  SCOPED_TRACE(testing::Message() << rows << " x " << cols << " by " << offsetX << ", " << offsetY);
-  Bytes mosaic = located(kMosaicSide, kMosaicSide, 1), frame = located(rows, cols, 2);
-  const std::size_t room = std::max<std::size_t>(locatedBlock(inMosaic, 1).size(), 1);
-  GuardedBytes mosaicPart(room), framePart(room);
-  imgInfo mosaicPartInfo{11, 0, 0, 0}, framePartInfo{12, 0, 0, 0};
-
-  takeOutOverLapImageFromMoasicImage(mosaic.data(), frame.data(), {0, 3, kMosaicSide, kMosaicSide},
-                                     {0, 3, rows, cols}, {5, 7}, offsetX, offsetY, mosaicPartInfo,
-                                     framePartInfo, mosaicPart.data(), framePart.data());
-
-  EXPECT_EQ(mosaicPart.values(), locatedBlock(inMosaic, 1));
-  EXPECT_EQ(framePart.values(), locatedBlock(inFrame, 2));
-  EXPECT_TRUE(mosaicPart.intact() && framePart.intact());
-  expectInfo(mosaicPartInfo, 11, 3, inMosaic.rows(), inMosaic.cols());
-  expectInfo(framePartInfo, 12, 3, inFrame.rows(), inFrame.cols());
-}
-
-TEST(OverlapCut, WithoutAnOffsetIsTheWholeFrame) {
-  expectOverlap(10, 10, 0, 0, {7, 17, 5, 15}, {0, 10, 0, 10});
-}
-
-TEST(OverlapCut, FollowsTheSignsOfTheOffset) {
-  expectOverlap(10, 12, 3, 2, {9, 17, 8, 17}, {0, 8, 0, 9});
-  expectOverlap(10, 12, -3, -2, {7, 15, 5, 14}, {2, 10, 3, 12});
-  expectOverlap(10, 12, 3, -2, {7, 15, 8, 17}, {2, 10, 0, 9});
-  expectOverlap(10, 12, -3, 2, {9, 17, 5, 14}, {0, 8, 3, 12});
-}
-
-TEST(OverlapCut, TenByTenFrameMovedLeftAndDown) {
-  expectOverlap(10, 10, -3, 2, {9, 17, 5, 12}, {0, 8, 3, 10});
-}
-
-TEST(OverlapCut, MovesAlongOneAxis) {
-  expectOverlap(10, 10, 0, -4, {7, 13, 5, 15}, {4, 10, 0, 10});
-  expectOverlap(10, 10, -4, 0, {7, 17, 5, 11}, {0, 10, 4, 10});
-  expectOverlap(10, 10, 9, 9, {16, 17, 14, 15}, {0, 1, 0, 1});
-}
-
-TEST(OverlapCut, FrameMovedByItsOwnSizeOverlapsNowhere) {
-  Bytes mosaic = located(kMosaicSide, kMosaicSide, 1), frame = located(10, 10, 2);
-  for (int offset : {10, -10, 14, -14}) {
-    imgInfo mosaicPartInfo{}, framePartInfo{};
-    GuardedBytes mosaicPart(1), framePart(1);
-    takeOutOverLapImageFromMoasicImage(
-        mosaic.data(), frame.data(), {0, 3, kMosaicSide, kMosaicSide}, {0, 3, 10, 10}, {15, 15},
-        offset, offset, mosaicPartInfo, framePartInfo, mosaicPart.data(), framePart.data());
-    const int side = 10 - std::abs(offset);
-    expectInfo(mosaicPartInfo, 0, 3, side, side);
-    expectInfo(framePartInfo, 0, 3, side, side);
-    EXPECT_EQ(mosaicPart.values(), Bytes(1, kUntouched));
-    EXPECT_EQ(framePart.values(), Bytes(1, kUntouched));
-  }
-}
-
-TEST(OverlapCut, FailureOfTheMosaicDoesNotStopTheFrame) {
-  Bytes mosaic = located(12, 12, 1), frame = located(10, 10, 2);
-  GuardedBytes mosaicPart(300), framePart(300);
-  imgInfo mosaicPartInfo{1, 0, 6, 7}, framePartInfo{};
-  EXPECT_EQ(standardOutputOf([&] {
-              takeOutOverLapImageFromMoasicImage(
-                  mosaic.data(), frame.data(), {0, 3, 12, 12}, {0, 3, 10, 10}, {5, 7}, 0, 0,
-                  mosaicPartInfo, framePartInfo, mosaicPart.data(), framePart.data());
-            }),
-            kRefusal);
-  EXPECT_EQ(mosaicPart.values(), Bytes(300, kUntouched));
-  expectInfo(mosaicPartInfo, 1, 3, 6, 7);  // the channel count is set before the cut
-  EXPECT_EQ(framePart.values(), frame);
-  expectInfo(framePartInfo, 0, 3, 10, 10);
-}
-
-TEST(OverlapCut, TakesTheChannelsOfEachImage) {
-  Bytes mosaic = located(20, 20, 1), frame(100, 9);
-  GuardedBytes mosaicPart(300), framePart(100);
-  imgInfo mosaicPartInfo{}, framePartInfo{};
-  takeOutOverLapImageFromMoasicImage(mosaic.data(), frame.data(), {0, 3, 20, 20}, {0, 1, 10, 10},
-                                     {5, 7}, 0, 0, mosaicPartInfo, framePartInfo, mosaicPart.data(),
-                                     framePart.data());
-  EXPECT_EQ(mosaicPart.values(), locatedBlock({7, 17, 5, 15}, 1));
-  EXPECT_EQ(framePart.values(), frame);
-  EXPECT_TRUE(mosaicPart.intact() && framePart.intact());
-}
-
-TEST(OverlapCut, NullPointersLeaveEverythingAlone) {
-  Bytes image = located(10, 10, 1);
-  for (int missing = 0; missing < 4; ++missing) {
-    SCOPED_TRACE(missing);
-    GuardedBytes mosaicPart(300), framePart(300);
-    imgInfo mosaicPartInfo{1, 2, 3, 4}, framePartInfo{5, 6, 7, 8};
-    EXPECT_EQ(standardOutputOf([&] {
-                takeOutOverLapImageFromMoasicImage(
-                    missing == 0 ? nullptr : image.data(), missing == 1 ? nullptr : image.data(),
-                    {0, 3, 10, 10}, {0, 3, 10, 10}, {0, 0}, 0, 0, mosaicPartInfo, framePartInfo,
-                    missing == 2 ? nullptr : mosaicPart.data(),
-                    missing == 3 ? nullptr : framePart.data());
-              }),
-              "ptr is null\n");
-    EXPECT_EQ(mosaicPart.values(), Bytes(300, kUntouched));
-    EXPECT_EQ(framePart.values(), Bytes(300, kUntouched));
-    expectInfo(mosaicPartInfo, 1, 2, 3, 4);
-    expectInfo(framePartInfo, 5, 6, 7, 8);
   }
 }
 

@@ -42,7 +42,7 @@ TYPED_TEST(RunBuffer, LargeEnoughOneKeepsItsPlaceAndContents) {
   ensure(this->buffer_, 100);
   this->fill(100, TypeParam{7});
   TypeParam* const before = this->buffer_;
-  for (std::size_t elements : {100, 99, 1, 0}) ensure(this->buffer_, elements);
+  for (std::size_t elements : {100U, 99U, 1U, 0U}) ensure(this->buffer_, elements);
   EXPECT_EQ(this->buffer_, before);
   EXPECT_TRUE(this->holds(100, TypeParam{7}));
 }
@@ -104,6 +104,17 @@ TYPED_TEST(RunBuffer, DropReleasesAndForgets) {
   this->buffer_ = new TypeParam[3];
   drop(this->buffer_);  // the leak check sees one that is not released
   EXPECT_EQ(this->buffer_, nullptr);
+}
+
+TYPED_TEST(RunBuffer, MemoryOfTheHostIsItsOwnAlsoWhereADroppedOneLay) {
+  ensure(this->buffer_, 10);
+  drop(this->buffer_);
+  this->buffer_ = new TypeParam[10];  // the allocator likes to hand out the same place
+  this->fill(10, TypeParam{9});
+  TypeParam* const before = this->buffer_;
+  ensure(this->buffer_, 1000);
+  EXPECT_EQ(this->buffer_, before);
+  EXPECT_TRUE(this->holds(10, TypeParam{9}));
 }
 
 TYPED_TEST(RunBuffer, EmptyOneIsNotNull) {

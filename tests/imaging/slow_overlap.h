@@ -3,6 +3,7 @@
 /// The overlap measures once more, step by step over checked vectors.
 #pragma once
 
+#include <algorithm>
 #include <utility>
 
 #include "tests/imaging/overlap_planes.h"
@@ -90,7 +91,7 @@ struct SlowOverlap {
         int sum = 0;
         for (int k = 0; k < 9; ++k) sum += kTaps[k] * grid.at(at(r, column(c + k - 4), C));
         const bool blank = r == 0 || r == R - 1 || c < 10 || c >= C - 11;
-        side[s].plane.at(at(r, c, C)) = blank ? 0 : static_cast<unsigned char>((sum + 2560) % 256);
+        side[s].plane.at(at(r, c, C)) = static_cast<unsigned char>(blank ? 0 : (sum + 2560) % 256);
       }
     }
     // On a narrow grid the ten columns of the last row run over its end.
