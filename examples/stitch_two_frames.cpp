@@ -24,8 +24,8 @@ int main() {
   SPoint left{}, right{};
   cv::Mat mosaic;
   stitchflags record{};
-  const int result = stichingImagedJoint(first.data, second.data, 0, 1, 0, 0, false, left, right,
-                                         mosaic, record);
+  const int result =
+      stichingImagedJoint(first.data, second.data, 0, 1, 0, 0, false, left, right, mosaic, record);
   std::printf("result %d, moved by (%d, %d), %d matches, mosaic filled %d x %d\n", result,
               record.offsetX, record.offsetY, record.matchNum, right.x - left.x, right.y - left.y);
   uinitJoint();

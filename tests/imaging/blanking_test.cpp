@@ -4,9 +4,9 @@
 #include <string>
 
 #include "imaging/overlap.h"
-#include "tests/support/guarded.h"
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/guarded.h"
 
 namespace {
 

@@ -7,10 +7,10 @@
 #include <string>
 
 #include "imaging/imaging_state.h"
-#include "tests/support/guarded.h"
 #include "tests/imaging/host_state.h"
 #include "tests/imaging/slow_fusion.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/guarded.h"
 #include "tests/support/random_images.h"
 
 namespace {

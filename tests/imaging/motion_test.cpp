@@ -9,10 +9,10 @@
 #include <vector>
 
 #include "imaging/imaging_state.h"
-#include "tests/support/guarded.h"
 #include "tests/imaging/host_state.h"
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/guarded.h"
 #include "tests/support/random_images.h"
 
 namespace {

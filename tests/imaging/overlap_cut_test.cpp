@@ -6,9 +6,9 @@
 #include <string>
 
 #include "imaging/region.h"
-#include "tests/support/guarded.h"
 #include "tests/imaging/region_blocks.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/guarded.h"
 
 namespace {
 

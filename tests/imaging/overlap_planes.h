@@ -4,9 +4,9 @@
 #include <framequilt/tuning.h>
 
 #include "imaging/imaging_state.h"
-#include "tests/support/guarded.h"
 #include "tests/imaging/host_state.h"
 #include "tests/imaging/reference.h"
+#include "tests/support/guarded.h"
 
 /// What the six planes of the overlap measures hold, one side each.
 struct SidePlanes {

@@ -7,9 +7,9 @@
 #include <vector>
 
 #include "imaging/filter.h"
-#include "tests/support/guarded.h"
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/guarded.h"
 #include "tests/support/random_images.h"
 
 namespace {

@@ -7,8 +7,8 @@
 #include <vector>
 
 #include "imaging/imaging_state.h"
-#include "tests/support/guarded.h"
 #include "tests/imaging/reference.h"
+#include "tests/support/guarded.h"
 #include "tests/support/random_images.h"
 
 /// A fusion leaves none of its planes behind.

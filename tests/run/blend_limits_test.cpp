@@ -103,9 +103,9 @@ TEST(BlendLimits, TheLargestOverlapIsTheHostsToSet) {
 
 TEST(BlendLimits, ABlendIsMarkedByOneLineWithTheLargerOffset) {
   const auto markers = [](const FrameOutcome& outcome) {
-    return std::count_if(
-        outcome.lines.begin(), outcome.lines.end(),
-        [](const std::string& line) { return line.compare(0, 1, kMarker, 1) == 0; });
+    return std::count_if(outcome.lines.begin(), outcome.lines.end(), [](const std::string& line) {
+      return line.compare(0, 1, kMarker, 1) == 0;
+    });
   };
   const FrameOutcome across = outcomeAt(240, 320, {-150, 40});
   EXPECT_EQ(markers(across), 1);

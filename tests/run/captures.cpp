@@ -99,8 +99,7 @@ Frame RoundTrip::exposed(Frame frame) const {
 
 Frame RoundTrip::frame(int index) const {
   const SPoint start = corner(index);
-  return exposed(
-      scene_.cut(start.x * scale_, start.y * scale_, kRows * scale_, kCols * scale_));
+  return exposed(scene_.cut(start.x * scale_, start.y * scale_, kRows * scale_, kCols * scale_));
 }
 
 Frame RoundTrip::workingPicture() const { return exposed(everyNth(scene_.picture(), scale_)); }
@@ -126,9 +125,9 @@ void expectMosaicShows(const cv::Mat& mosaic, const Frame& picture, SPoint origi
         const Range expected = expectedValue(picture.at(y, x, k), picture.channels, x, y, frames);
         if (value >= expected.low && value <= expected.high) continue;
         if (wrong++ == 0) {
-          firstWrong = "picture row " + std::to_string(y) + ", column " + std::to_string(x) +
-                       ": " + std::to_string(value) + " instead of " +
-                       std::to_string(expected.low) + ".." + std::to_string(expected.high);
+          firstWrong = "picture row " + std::to_string(y) + ", column " + std::to_string(x) + ": " +
+                       std::to_string(value) + " instead of " + std::to_string(expected.low) +
+                       ".." + std::to_string(expected.high);
         }
       }
     }

@@ -140,8 +140,7 @@ void expectMeasuresOfFrames(int channels, int dx, int dy) {
 
   const int rows = kRows - std::abs(dy);
   const int cols = kCols - std::abs(dx);
-  const Gray one =
-      smoothed(grayPart(reference, std::max(0, dy), std::max(0, dx), rows, cols));
+  const Gray one = smoothed(grayPart(reference, std::max(0, dy), std::max(0, dx), rows, cols));
   const Gray two = smoothed(grayPart(frame, std::max(0, -dy), std::max(0, -dx), rows, cols));
   EXPECT_EQ(record.brightOne, brightnessOf(one));
   EXPECT_EQ(record.brightTwo, brightnessOf(two));

@@ -65,11 +65,10 @@ FrameOutcome CaptureRun::feed(const Frame* reference, const Frame& frame, Hint h
   outcome.frame = frame.bytes;
   if (reference != nullptr) outcome.reference = reference->bytes;
   recorder_->takeLines();
-  outcome.result =
-      stichingImagedJoint(reference != nullptr ? outcome.reference.data() : nullptr,
-                          outcome.frame.data(), reference != nullptr ? 0 : 1, settings_.frameScale,
-                          hint.dx, hint.dy, hint.holds, outcome.topLeft, outcome.bottomRight,
-                          outcome.mosaic, outcome.flags);
+  outcome.result = stichingImagedJoint(
+      reference != nullptr ? outcome.reference.data() : nullptr, outcome.frame.data(),
+      reference != nullptr ? 0 : 1, settings_.frameScale, hint.dx, hint.dy, hint.holds,
+      outcome.topLeft, outcome.bottomRight, outcome.mosaic, outcome.flags);
   outcome.lines = recorder_->takeLines();
   outcome.formerPosition =
       reference != nullptr ? firstPosition(settings_, settings_.frameScale) : position_;

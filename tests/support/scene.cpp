@@ -74,7 +74,8 @@ void addShapes(Plane& plane, int pixelsEach, Random& random) {
     const int row = random.between(0, plane.rows() - 1);
     const int col = random.between(0, plane.cols() - 1);
     const int strength = random.between(25, 70) * (random.between(0, 1) == 0 ? 1 : -1);
-    for (int r = std::max(0, row - halfRows); r <= std::min(plane.rows() - 1, row + halfRows); ++r) {
+    for (int r = std::max(0, row - halfRows); r <= std::min(plane.rows() - 1, row + halfRows);
+         ++r) {
       for (int c = std::max(0, col - halfCols); c <= std::min(plane.cols() - 1, col + halfCols);
            ++c) {
         const int distance2 = (r - row) * (r - row) + (c - col) * (c - col);
@@ -106,9 +107,8 @@ Scene::Scene(int rows, int cols, int channels, std::uint64_t seed)
     if (channels > 1) addNoise(tint, 53, 24, random);
     for (int r = 0; r < rows; ++r) {
       for (int c = 0; c < cols; ++c) {
-        picture_.at(r, c, k) =
-            byteWithin(std::clamp(light.at(r, c), kDarkest, kBrightest) + tint.at(r, c), kDarkest,
-                       kBrightest);
+        picture_.at(r, c, k) = byteWithin(
+            std::clamp(light.at(r, c), kDarkest, kBrightest) + tint.at(r, c), kDarkest, kBrightest);
       }
     }
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Simulated captures: a textured picture and the frames that a camera would see of it. Whole-number
-/// arithmetic only, so that every byte is the same on every machine.
+/// Simulated captures: a textured picture and the frames that a camera would see of it.
+/// Whole-number arithmetic only, so that every byte is the same on every machine.
 #pragma once
 
 #include <cstddef>
