@@ -91,7 +91,7 @@ bool noRotaFeatureDescriber(unsigned char* image, int rows, int cols, int length
                             unsigned short* descriptors) {
   static const auto library = reinterpret_cast<decltype(&noRotaFeatureDescriber)>(
       dlsym(RTLD_NEXT, "_Z22noRotaFeatureDescriberPhiiiiSt6vectorI6SPointSaIS1_EEPtS4_"));
-  const auto& happening = scratch == DescribleSymbol ? inTheJobOfOne : inTheJobOfTwo;
+  const auto& happening = descriptors == FeatureDescriber1 ? inTheJobOfOne : inTheJobOfTwo;
   if (happening) happening();
   return library(image, rows, cols, length, patch, corners, scratch, descriptors);
 }
