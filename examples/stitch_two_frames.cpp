@@ -6,15 +6,12 @@
 #include <opencv2/core.hpp>
 
 int main() {
-  // A scene with texture at several sizes, and a camera that moves 90 columns and 20 rows over it.
+  // A scene of random squares, and a camera that moves 90 columns and 20 rows over it.
   cv::Mat scene(600, 800, CV_8UC3);
-  unsigned noise = 1;
-  for (int r = 0; r < scene.rows; ++r) {
-    for (int c = 0; c < scene.cols; ++c) {
-      const int cell = (r / 7 * 131 + c / 9 * 57) * 2654435761U >> 25;
-      noise = noise * 1664525U + 1013904223U;
-      const auto value = static_cast<unsigned char>(40 + cell + (noise >> 29));
-      scene.at<cv::Vec3b>(r, c) = {value, value, value};
+  cv::RNG random(7);
+  for (int r = 0; r < scene.rows; r += 8) {
+    for (int c = 0; c < scene.cols; c += 8) {
+      scene(cv::Rect(c, r, 8, 8)).setTo(cv::Scalar::all(random.uniform(40, 200)));
     }
   }
   cv::Mat first = scene(cv::Rect(100, 80, 480, 360)).clone();

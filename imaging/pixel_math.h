@@ -34,8 +34,9 @@ constexpr int truncateToInt(float value) noexcept {
                                             : std::numeric_limits<int>::min();
 }
 
-/// Element count of a plane; a side below 1 makes it empty.
-constexpr std::size_t planeSize(int rows, int cols, int channels = 1) noexcept {
+/// Element count of a plane; a side below 1 makes it empty. Sides are wider than `int`, so that a
+/// margin can be added to the largest frame.
+constexpr std::size_t planeSize(std::int64_t rows, std::int64_t cols, int channels = 1) noexcept {
   return rows < 1 || cols < 1 || channels < 1
              ? 0
              : static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols) *

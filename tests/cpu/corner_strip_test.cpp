@@ -6,7 +6,7 @@
 
 #include "cpu/corner_worker.h"
 #include "features/harris.h"
-#include "tests/cpu/recorded_reports.h"
+#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 
 namespace {

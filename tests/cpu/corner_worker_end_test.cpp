@@ -9,7 +9,7 @@
 
 #include "cpu/offset_estimation.h"
 #include "features/descriptor.h"
-#include "tests/cpu/recorded_reports.h"
+#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 
 namespace {

@@ -8,7 +8,7 @@
 #include "features/descriptor.h"
 #include "features/harris.h"
 #include "imaging/gray.h"
-#include "tests/cpu/recorded_reports.h"
+#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 
 namespace {

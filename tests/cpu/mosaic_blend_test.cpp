@@ -6,7 +6,7 @@
 #include <opencv2/core.hpp>
 
 #include "imaging/fusion.h"
-#include "tests/cpu/recorded_reports.h"
+#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 
 namespace {

@@ -7,7 +7,7 @@
 #include <ostream>
 #include <string>
 
-#include "tests/cpu/points.h"
+#include "tests/support/points.h"
 
 namespace {
 

@@ -3,7 +3,7 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/cpu/recorded_reports.h"
+#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 
 namespace {

@@ -15,11 +15,10 @@
 #include "cpu/stitching_run.h"
 #include "features/features_state.h"
 #include "imaging/imaging_state.h"
-#include "tests/cpu/points.h"
+#include "tests/support/points.h"
 #include "tests/support/random_images.h"
 
 using Bytes = std::vector<unsigned char>;
-using Points = std::vector<SPoint>;
 
 inline std::size_t area(int rows, int cols, int channels = 1) {
   return static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols) *

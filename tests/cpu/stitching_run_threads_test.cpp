@@ -5,7 +5,7 @@
 #include "cpu/run_state.h"
 #include "cpu/stitching_run.h"
 #include "features/features_state.h"
-#include "tests/cpu/recorded_reports.h"
+#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 #include "tests/cpu/thread_calls.h"
 

@@ -7,8 +7,8 @@
 #include <cstddef>
 #include <stdexcept>
 
-#include "tests/features/points.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/points.h"
 #include "tests/support/random_images.h"
 
 namespace {

@@ -9,9 +9,9 @@
 #include <cstdint>
 #include <vector>
 
-#include "tests/features/points.h"
 #include "tests/support/captured_output.h"
 #include "tests/support/guarded.h"
+#include "tests/support/points.h"
 #include "tests/support/random_images.h"
 
 namespace {

@@ -11,7 +11,7 @@
 #include "features/features_state.h"
 #include "features/harris.h"
 #include "imaging/imaging_state.h"
-#include "tests/features/points.h"
+#include "tests/support/points.h"
 #include "tests/support/random_images.h"
 #include "tests/support/scoped_value.h"
 

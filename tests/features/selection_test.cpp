@@ -9,8 +9,8 @@
 #include <stdexcept>
 #include <vector>
 
-#include "tests/features/points.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/points.h"
 #include "tests/support/random_images.h"
 
 namespace {

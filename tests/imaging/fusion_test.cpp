@@ -12,6 +12,7 @@
 #include "tests/support/captured_output.h"
 #include "tests/support/guarded.h"
 #include "tests/support/random_images.h"
+#include "tests/support/scoped_value.h"
 
 namespace {
 

@@ -7,20 +7,6 @@
 #include <cstddef>
 #include <vector>
 
-/// Gives a global of the library another value for one scope.
-template <class T>
-class ScopedValue {
- public:
-  ScopedValue(T& global, T value) : global_(global), former_(global) { global_ = value; }
-  ~ScopedValue() { global_ = former_; }
-  ScopedValue(const ScopedValue&) = delete;
-  ScopedValue& operator=(const ScopedValue&) = delete;
-
- private:
-  T& global_;
-  T former_;
-};
-
 /// Puts memory of the test's own into one of the library's planes and releases what the plane
 /// holds at the end of the scope.
 template <class T>

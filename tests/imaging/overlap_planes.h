@@ -7,6 +7,7 @@
 #include "tests/imaging/host_state.h"
 #include "tests/imaging/reference.h"
 #include "tests/support/guarded.h"
+#include "tests/support/scoped_value.h"
 
 /// What the six planes of the overlap measures hold, one side each.
 struct SidePlanes {

@@ -173,6 +173,7 @@ TEST_F(EntryPoints, StopSucceedsWhateverTheBackendSays) {
 
 TEST_F(EntryPoints, StopClearsTheDeviceFlags) {
   cudaDeviceFlag = true;
+  openclDeviceFlag = true;
   EXPECT_TRUE(uinitJoint());
   EXPECT_FALSE(cudaDeviceFlag);
   EXPECT_FALSE(openclDeviceFlag);

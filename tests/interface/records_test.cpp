@@ -3,6 +3,8 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
+#include <cstring>
+#include <opencv2/core/types.hpp>
 #include <type_traits>
 
 namespace {
@@ -29,6 +31,29 @@ TEST(Records, PointIsColumnThenRow) {
   EXPECT_EQ(sizeof(SPoint), 8U);
   EXPECT_EQ(offsetof(SPoint, x), 0U);
   EXPECT_EQ(offsetof(SPoint, y), 4U);
+}
+
+TEST(Records, PointIsLaidOutLikeThatOfOpencv) {
+  ASSERT_EQ(sizeof(SPoint), sizeof(cv::Point_<int>));
+  const SPoint point = {-3, 70000};
+  cv::Point_<int> same;
+  std::memcpy(&same, &point, sizeof point);
+  EXPECT_EQ(same, cv::Point_<int>(-3, 70000));
+}
+
+template <class T, class... Fields>
+constexpr bool kAreAll = (std::is_same_v<T, Fields> && ...);
+
+TEST(Records, FieldsAreWholeNumbersButForTheMeasures) {
+  EXPECT_TRUE((kAreAll<int, decltype(imgInfo::reserved), decltype(imgInfo::channels),
+                       decltype(imgInfo::rows), decltype(imgInfo::cols)>));
+  EXPECT_TRUE((kAreAll<int, decltype(SPoint::x), decltype(SPoint::y)>));
+  EXPECT_TRUE((kAreAll<float, decltype(stitchflags::brightOne), decltype(stitchflags::brightTwo),
+                       decltype(stitchflags::definitionOne),
+                       decltype(stitchflags::definitionTwo)>));
+  EXPECT_TRUE((kAreAll<int, decltype(stitchflags::matchNum), decltype(stitchflags::offsetX),
+                       decltype(stitchflags::offsetY), decltype(stitchflags::stitch_flags)>));
+  EXPECT_TRUE((std::is_same_v<SPoint, decltype(stitchflags::position)>));
 }
 
 TEST(Records, ResultIsTenWords) {

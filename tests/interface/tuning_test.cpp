@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
+#include <type_traits>
 #include <vector>
 
 namespace {
@@ -25,6 +26,43 @@ TEST(TuningDefaults, HostBackend) {
   EXPECT_EQ(ImageOverlap_minCpu, 0.1F);
   EXPECT_EQ(ImageOverlap_maxCpu, 0.9F);
   EXPECT_EQ(countJ, 10000);
+}
+
+/// A host declares the parameters itself, so their types are part of the library's face.
+template <class T, class... Globals>
+constexpr bool kAreAll = (std::is_same_v<T, Globals> && ...);
+
+TEST(Tuning, WholeNumbersAreThirtyTwoBits) {
+  EXPECT_EQ(sizeof(int), 4U);
+  EXPECT_TRUE((kAreAll<int, decltype(MAXROW), decltype(MAXCOL), decltype(scale), decltype(pvalue),
+                       decltype(demesion), decltype(motionValueThCpu0), decltype(countJ)>));
+  EXPECT_TRUE((kAreAll<int, decltype(MAXROWCL), decltype(MAXCOLCL), decltype(scaleCL),
+                       decltype(pvalueCL), decltype(demesionCL), decltype(motionValueThCL0),
+                       decltype(filter2DKerSizeCL), decltype(AMDidx), decltype(NVIDIAidx)>));
+  EXPECT_TRUE((kAreAll<int, decltype(motionValueThCpu), decltype(motionValueThCL),
+                       decltype(RealImgRow), decltype(RealImgCol), decltype(imgScaleRow),
+                       decltype(imgScaleCol), decltype(numpoint), decltype(num5000)>));
+  EXPECT_TRUE((kAreAll<int, decltype(pointdownscal), decltype(gray_pointdownscal_row),
+                       decltype(gray_pointdownscal_col), decltype(GStitchMode),
+                       decltype(GstaticDynamicFlag)>));
+  EXPECT_TRUE((kAreAll<int[4], decltype(filter2DKerSize)>));
+}
+
+TEST(Tuning, LimitsAndKernelsAreSinglePrecision) {
+  EXPECT_TRUE((kAreAll<float, decltype(brightThCpu0), decltype(defintThCpu0),
+                       decltype(ImageOverlap_minCpu), decltype(ImageOverlap_maxCpu),
+                       decltype(brightThCL0), decltype(defintThCL0), decltype(ImageOverlap_minCL),
+                       decltype(ImageOverlap_maxCL)>));
+  EXPECT_TRUE((kAreAll<float, decltype(brightThCpu), decltype(defintThCpu), decltype(brightThCL),
+                       decltype(defintThCL)>));
+  EXPECT_TRUE((kAreAll<float[5], decltype(filter2DKer), decltype(filter2DKer1),
+                       decltype(filter2DKerModel)>));
+  EXPECT_TRUE((kAreAll<float[9], decltype(filterH2Dker), decltype(filterH2DefKer)>));
+}
+
+TEST(Tuning, DeviceFlagsAreOneByte) {
+  EXPECT_EQ(sizeof(openclDeviceFlag), 1U);
+  EXPECT_EQ(sizeof(cudaDeviceFlag), 1U);
 }
 
 TEST(TuningDefaults, Kernels) {

@@ -27,6 +27,8 @@ struct CaptureKind {
   RunSettings settings() const;
 };
 
+inline void PrintTo(const CaptureKind& kind, std::ostream* out) { *out << kind.name(); }
+
 /// Gray and colour, scale 1 and 2, all modes.
 std::vector<CaptureKind> everyKind();
 

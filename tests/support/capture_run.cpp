@@ -3,35 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include <mutex>
-#include <utility>
-
 #include "framequilt/framequilt.h"
-#include "framequilt/report_sink.h"
-
-/// Takes the engine's lines in place of standard output.
-class CaptureRun::LineRecorder {
- public:
-  LineRecorder() { framequilt::setReportSink(&LineRecorder::take, this); }
-  ~LineRecorder() { framequilt::setReportSink(nullptr, nullptr); }
-  LineRecorder(const LineRecorder&) = delete;
-  LineRecorder& operator=(const LineRecorder&) = delete;
-
-  std::vector<std::string> takeLines() {
-    const std::lock_guard lock(mutex_);
-    return std::exchange(lines_, {});
-  }
-
- private:
-  static void take(const char* line, std::size_t length, void* self) {
-    auto& recorder = *static_cast<LineRecorder*>(self);
-    const std::lock_guard lock(recorder.mutex_);
-    recorder.lines_.emplace_back(line, length);
-  }
-
-  std::mutex mutex_;
-  std::vector<std::string> lines_;
-};
+#include "tests/support/recorded_reports.h"
 
 RunSettings RunSettings::forFrame(const Frame& frame) {
   RunSettings settings;
@@ -46,7 +19,7 @@ bool FrameOutcome::joined() const {
 }
 
 CaptureRun::CaptureRun(const RunSettings& settings)
-    : settings_(settings), recorder_(std::make_unique<LineRecorder>()) {
+    : settings_(settings), reports_(std::make_unique<RecordedReports>()) {
   EXPECT_TRUE(initJoint(settings.rows, settings.cols, settings.channels, settings.cornerBudget,
                         settings.maxRow, settings.maxCol, settings.stitchMode,
                         settings.staticDynamicFlag));
@@ -64,12 +37,12 @@ FrameOutcome CaptureRun::feed(const Frame* reference, const Frame& frame, Hint h
   FrameOutcome outcome;
   outcome.frame = frame.bytes;
   if (reference != nullptr) outcome.reference = reference->bytes;
-  recorder_->takeLines();
+  reports_->takeOfCaller();
   outcome.result = stichingImagedJoint(
       reference != nullptr ? outcome.reference.data() : nullptr, outcome.frame.data(),
       reference != nullptr ? 0 : 1, settings_.frameScale, hint.dx, hint.dy, hint.holds,
       outcome.topLeft, outcome.bottomRight, outcome.mosaic, outcome.flags);
-  outcome.lines = recorder_->takeLines();
+  outcome.lines = reports_->takeOfCaller();
   outcome.formerPosition =
       reference != nullptr ? firstPosition(settings_, settings_.frameScale) : position_;
   position_ = outcome.flags.position;

@@ -13,6 +13,8 @@
 #include "tests/support/digest.h"
 #include "tests/support/scene.h"
 
+class RecordedReports;
+
 struct RunSettings {
   int rows = 240, cols = 320, channels = 1;
   int cornerBudget = 1;
@@ -43,7 +45,7 @@ struct FrameOutcome {
   SPoint formerPosition = {};
   /// The caller's frames as the call left them; `reference` only on a first call.
   std::vector<unsigned char> reference, frame;
-  /// The engine's lines during the call.
+  /// The engine's lines during the call, of the caller's thread.
   std::vector<std::string> lines;
 
   /// The frame moved the position, so it lies in the mosaic now.
@@ -68,12 +70,10 @@ class CaptureRun {
   std::vector<FrameOutcome> play(const Scene& scene, const std::vector<SPoint>& path);
 
  private:
-  class LineRecorder;
-
   FrameOutcome feed(const Frame* reference, const Frame& frame, Hint hint);
 
   RunSettings settings_;
-  std::unique_ptr<LineRecorder> recorder_;
+  std::unique_ptr<RecordedReports> reports_;
   SPoint position_ = {};
 };
 

@@ -8,6 +8,7 @@
 #include <mutex>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 using Lines = std::vector<std::string>;
@@ -25,6 +26,12 @@ class RecordedReports {
   Lines ofCaller() const {
     const std::lock_guard lock(mutex_);
     return ofCaller_;
+  }
+
+  /// Those since the last call.
+  Lines takeOfCaller() {
+    const std::lock_guard lock(mutex_);
+    return std::exchange(ofCaller_, {});
   }
 
   /// Sorted by text.
