@@ -140,8 +140,8 @@ void judgeByOverlap(unsigned char* src, unsigned char* dest, int channels, const
 
   const AtScopeEnd release([] { framequilt::releaseOverlapPlanes(); });
   framequilt::allocateOverlapPlanes();
-  const std::size_t plane = planeSize(RealImgRow + 2, RealImgCol + 2);
-  const std::size_t bound = planeSize(RealImgRow + 8, RealImgCol + 8);
+  const std::size_t plane = framequilt::framePlane(2);
+  const std::size_t bound = framequilt::framePlane(8);
   clear(resiz_One, plane);
   clear(resiz_Two, plane);
   clear(resiz_OneBound, bound);

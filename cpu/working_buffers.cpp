@@ -23,11 +23,6 @@ std::size_t cornerSearchPixels() {
   return std::max(left, planeSize(imgScaleRow / 2, imgScaleCol / 2));
 }
 
-/// A plane of the frame with `margin` more rows and columns.
-std::size_t framePlane(std::int64_t margin) {
-  return planeSize(RealImgRow + margin, RealImgCol + margin);
-}
-
 std::size_t grayPlane() { return std::max(framePlane(2), cornerSearchPixels()); }
 std::size_t boundPlane() { return std::max(framePlane(8), cornerSearchPixels()); }
 

@@ -51,17 +51,18 @@ struct HarrisPlanes {
 
 void clear(float* plane, std::size_t elements) { std::fill_n(plane, elements, 0.0F); }
 
-/// The image that corners are searched in, at `rows` x `cols`.
+/// The image that corners are searched in, at `rows` x `cols`. Without memory for it the resize and
+/// the gradients refuse.
 void reduce(unsigned char* gray, imgInfo info, int rows, int cols, unsigned char* reduced) {
   const std::size_t bytes = planeSize(rows, cols);
   if (pointdownscal == 1) {
-    std::memcpy(reduced, gray, bytes);
+    if (reduced != nullptr) std::memcpy(reduced, gray, bytes);
     return;
   }
-  std::memset(reduced, 0, bytes);
+  if (reduced != nullptr) std::memset(reduced, 0, bytes);
   // The search size follows the frame: a hinted strip is smaller and fills only the beginning, a
   // size left by an earlier run may be smaller than the image.
-  const std::size_t capacity = std::max(bytes, planeSize(RealImgRow + 8, RealImgCol + 8));
+  const std::size_t capacity = std::max(bytes, framequilt::framePlane(8));
   framequilt::resizeWithinFrame(gray, info.rows, info.cols, pointdownscal, info.channels, reduced,
                                 capacity);
 }
@@ -91,7 +92,7 @@ void selectCorners(float* response, float mean, int rows, int cols, std::vector<
 
 bool findCorners(HarrisPlanes planes, unsigned char* gray, imgInfo info,
                  std::vector<SPoint>& corners) {
-  if (gray == nullptr || planes.reduced == nullptr) {
+  if (gray == nullptr) {
     framequilt::report("findHarrisCornerCoordianteFun ptr is null");
     return false;
   }

@@ -4,6 +4,9 @@
 /// extent, when it is allocated and who writes it.
 #pragma once
 
+#include <cstddef>
+#include <cstdint>
+
 #include "framequilt/export.h"
 
 /// Gray working image of each worker, later a padded plane of the overlap measures.
@@ -22,3 +25,10 @@ extern FRAMEQUILT_EXPORT unsigned char *CurFrameImageGrayBoundCpu, *CurFrameImag
 extern FRAMEQUILT_EXPORT float *AreaImageOneGaryFloat, *AreaImageTwoGaryFloat;
 extern FRAMEQUILT_EXPORT unsigned char *AreaImageOneWeight;
 extern FRAMEQUILT_EXPORT unsigned char *AreaImageOneGary, *AreaImageTwoGary;
+
+namespace framequilt {
+
+/// Element count of a plane as large as the run's frames with `margin` more rows and columns.
+std::size_t framePlane(std::int64_t margin) noexcept;
+
+}  // namespace framequilt

@@ -9,7 +9,9 @@
 
 namespace {
 
+using framequilt::difference32;
 using framequilt::rowStart;
+using framequilt::sum32;
 
 /// The bytes A1 A2 are an ideographic comma in the GB2312 code page and go out as they are.
 constexpr char kRefusal[] =
@@ -41,14 +43,14 @@ void copyBlock(const unsigned char* from, Block source, unsigned char* to, Block
 }
 
 /// Where the overlap starts, on one axis, in a frame and in the frame placed before it, when the
-/// new one lies `offset` further on; and how long it is.
+/// new one lies `offset` further on; and how long it is. Offsets that no frame has wrap.
 struct AxisOverlap {
   int inPrevious, inNew, length;
 
   AxisOverlap(int offset, int side)
       : inPrevious(offset >= 0 ? offset : 0),
-        inNew(offset >= 0 ? 0 : -offset),
-        length(offset >= 0 ? side - offset : side + offset) {}
+        inNew(offset >= 0 ? 0 : difference32(0, offset)),
+        length(offset >= 0 ? difference32(side, offset) : sum32(side, offset)) {}
 };
 
 }  // namespace
@@ -57,8 +59,8 @@ bool willBigImgAssignRowColToSmallImg(unsigned char* big, int startRow, int endR
                                       int endCol, int bigRows, int bigCols, int channels,
                                       imgInfo& smallInfo, unsigned char* small) {
   if (refuses(endRow, endCol, bigRows, bigCols, big, small)) return false;
-  smallInfo.cols = framequilt::difference32(endCol, startCol);
-  smallInfo.rows = framequilt::difference32(endRow, startRow);
+  smallInfo.cols = difference32(endCol, startCol);
+  smallInfo.rows = difference32(endRow, startRow);
   smallInfo.channels = channels;
   copyBlock(big, {startRow, startCol, bigCols}, small, {0, 0, smallInfo.cols}, smallInfo.rows,
             smallInfo.cols, channels);
@@ -70,8 +72,7 @@ bool willSmallImgToBigImgAssignRowCol(unsigned char* small, int /*smallRows*/, i
                                       int bigRows, int bigCols, int channels, unsigned char* big) {
   if (refuses(endRow, endCol, bigRows, bigCols, big, small)) return false;
   copyBlock(small, {0, 0, smallCols}, big, {startRow, startCol, bigCols},
-            framequilt::difference32(endRow, startRow), framequilt::difference32(endCol, startCol),
-            channels);
+            difference32(endRow, startRow), difference32(endCol, startCol), channels);
   return true;
 }
 
@@ -89,12 +90,12 @@ void takeOutOverLapImageFromMoasicImage(unsigned char* mosaic, unsigned char* fr
 
   const AxisOverlap y(offsetY, frameInfo.rows);
   const AxisOverlap x(offsetX, frameInfo.cols);
-  const int row0 = position.y + y.inPrevious;
-  const int col0 = position.x + x.inPrevious;
-  willBigImgAssignRowColToSmallImg(mosaic, row0, row0 + y.length, col0, col0 + x.length,
+  const int row0 = sum32(position.y, y.inPrevious);
+  const int col0 = sum32(position.x, x.inPrevious);
+  willBigImgAssignRowColToSmallImg(mosaic, row0, sum32(row0, y.length), col0, sum32(col0, x.length),
                                    mosaicInfo.rows, mosaicInfo.cols, mosaicInfo.channels,
                                    mosaicPartInfo, mosaicPart);
-  willBigImgAssignRowColToSmallImg(frame, y.inNew, y.inNew + y.length, x.inNew, x.inNew + x.length,
-                                   frameInfo.rows, frameInfo.cols, frameInfo.channels,
-                                   framePartInfo, framePart);
+  willBigImgAssignRowColToSmallImg(frame, y.inNew, sum32(y.inNew, y.length), x.inNew,
+                                   sum32(x.inNew, x.length), frameInfo.rows, frameInfo.cols,
+                                   frameInfo.channels, framePartInfo, framePart);
 }

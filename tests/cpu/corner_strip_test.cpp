@@ -6,8 +6,8 @@
 
 #include "cpu/corner_worker.h"
 #include "features/harris.h"
-#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
+#include "tests/support/recorded_reports.h"
 
 namespace {
 

@@ -9,8 +9,8 @@
 
 #include "cpu/offset_estimation.h"
 #include "features/descriptor.h"
-#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
+#include "tests/support/recorded_reports.h"
 
 namespace {
 
@@ -43,9 +43,19 @@ TEST_F(WorkerEnd, JobIsFinishedWhenTheRunFlagIsClearedDuringIt) {
             (Lines{"pthread_join model_pid success", "pthread_join match_pid success"}));
 }
 
-TEST_F(WorkerEnd, EstimationAfterTheWorkersLeftReturns) {
-  inTheJobOfOne = [] { startOneThFlag = false; };
+/// A request that follows the job at once may still be served, so the thread's end is waited for.
+TEST_F(WorkerEnd, EstimationAfterAWorkerLeftReturns) {
+  static std::atomic<bool> running;
+  running = true;
+  struct AtThreadEnd {
+    ~AtThreadEnd() { running = false; }
+  };
+  inTheJobOfOne = [] {
+    thread_local const AtThreadEnd atThreadEnd;
+    startOneThFlag = false;
+  };
   EXPECT_TRUE(estimate());
+  waitUntilClear(running);
   EXPECT_FALSE(estimate());
   EXPECT_FALSE(threadOneCalcFlag);
 }

@@ -2,14 +2,15 @@
 #include "cpu/corner_worker.h"
 
 #include <gtest/gtest.h>
+#include <pthread.h>
 
 #include <vector>
 
 #include "features/descriptor.h"
 #include "features/harris.h"
 #include "imaging/gray.h"
-#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
+#include "tests/support/recorded_reports.h"
 
 namespace {
 
@@ -177,12 +178,66 @@ TEST_P(CornerWorker, ManyJobsInARowAreAllServed) {
   }
 }
 
+/// The descriptors have room for the corners of one job.
+TEST_P(CornerWorker, CornersOfTheJobBeforeAreForgotten) {
+  Bytes image = texture(kRows, kCols, 12);
+  work(image, 1);
+  const Points once = lane_.corners;
+  ASSERT_FALSE(once.empty());
+  work(image, 1);
+  EXPECT_EQ(lane_.corners, once);
+}
+
 TEST_P(CornerWorker, RequestWithoutItsMemoryIsClearedToo) {
   lane_.input = nullptr;
   InfoTh = {0, 1, kRows, kCols};
   lane_.request = true;
   waitUntilClear(lane_.request);
   EXPECT_TRUE(lane_.corners.empty());
+}
+
+/// The bodies as threads of the test's own.
+TEST(CornerWorkerBody, LeavesWithoutAResultOrAJobWhenItsRunFlagIsClear) {
+  struct Body {
+    void* (*body)(void*);
+    std::atomic<bool>& request;
+  };
+  for (const Body& worker : {Body{findHarrisCornerCoordianteThreadOne, threadOneCalcFlag},
+                             Body{findHarrisCornerCoordianteThreadTwo, threadTwoCalcFlag}}) {
+    worker.request = true;
+    pthread_t thread = 0;
+    ASSERT_EQ(pthread_create(&thread, nullptr, worker.body, nullptr), 0);
+    void* result = &thread;
+    EXPECT_EQ(pthread_join(thread, &result), 0);
+    EXPECT_EQ(result, nullptr);
+    EXPECT_TRUE(worker.request);
+    worker.request = false;
+  }
+}
+
+TEST(CornerWorkerBody, TheSecondAloneAnnouncesItself) {
+  const auto linesOf = [](void* (*body)(void*)) {
+    const RecordedReports reports;
+    pthread_t thread = 0;
+    EXPECT_EQ(pthread_create(&thread, nullptr, body, nullptr), 0);
+    EXPECT_EQ(pthread_join(thread, nullptr), 0);
+    return reports.ofWorkers();
+  };
+  EXPECT_EQ(linesOf(findHarrisCornerCoordianteThreadOne), Lines{});
+  EXPECT_EQ(linesOf(findHarrisCornerCoordianteThreadTwo),
+            Lines{"findHarrisCornerCoordianteThreadTwo in"});
+}
+
+TEST_P(CornerWorker, TheOtherWorkersDataIsLeftAlone) {
+  const Lane other = lane(3 - GetParam());
+  other.corners.assign(3, SPoint{1, 2});
+  other.descriptors = fresh<unsigned short>(4, kUntouched);
+  Bytes image = texture(kRows, kCols, 11);
+  work(image, 1);
+  EXPECT_EQ(other.corners, Points(3, SPoint{1, 2}));
+  EXPECT_EQ(Descriptors(other.descriptors, other.descriptors + 4), Descriptors(4, kUntouched));
+  EXPECT_EQ(Bytes(other.gray, other.gray + area(kRows + 2, kCols + 2)),
+            Bytes(area(kRows + 2, kCols + 2), 77));
 }
 
 }  // namespace

@@ -6,8 +6,8 @@
 #include <opencv2/core.hpp>
 
 #include "imaging/fusion.h"
-#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
+#include "tests/support/recorded_reports.h"
 
 namespace {
 
@@ -247,7 +247,9 @@ TEST_F(MosaicBlend, FailuresInsideAreReportedByTheirRoutinesOnly) {
       "endBigCol overSize";
   EXPECT_EQ(reports.ofCaller(), (Lines{copyFailed, "ptr is null", copyFailed}));
   EXPECT_EQ(result.position, (SPoint{22, 20}));
+  EXPECT_EQ(result.regionInfo.channels, 1);
   EXPECT_EQ(result.regionInfo.rows, kRows);
+  EXPECT_EQ(result.regionInfo.cols, kCols);
   expectSame(result.mosaic, blank(1));
 }
 

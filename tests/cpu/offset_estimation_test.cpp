@@ -3,8 +3,8 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
+#include "tests/support/recorded_reports.h"
 
 namespace {
 
@@ -144,6 +144,16 @@ TEST_F(OffsetEstimation, CornerListsOfThePairBeforeAreForgotten) {
   ASSERT_TRUE(estimate(reference_, reference_, kGray).found);
   EXPECT_LE(HarrissCornerSPointOneArray.size(), static_cast<std::size_t>(numpoint));
   EXPECT_EQ(HarrissCornerSPointOneArray, HarrissCornerSPointTwoArray);
+}
+
+TEST_F(OffsetEstimation, CornerListsKeepTheirStorage) {
+  HarrissCornerSPointOneArray.reserve(5000);
+  HarrissCornerSPointTwoArray.reserve(6000);
+  const SPoint* const one = HarrissCornerSPointOneArray.data();
+  const SPoint* const two = HarrissCornerSPointTwoArray.data();
+  ASSERT_TRUE(estimate(reference_, reference_, kGray).found);
+  EXPECT_EQ(HarrissCornerSPointOneArray.data(), one);
+  EXPECT_EQ(HarrissCornerSPointTwoArray.data(), two);
 }
 
 TEST_F(OffsetEstimation, PairIsPublished) {

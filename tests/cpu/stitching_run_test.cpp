@@ -13,9 +13,9 @@
 #include <opencv2/core.hpp>
 
 #include "imaging/gray.h"
-#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/recorded_reports.h"
 
 namespace {
 
@@ -148,8 +148,9 @@ TEST_F(StitchingRun, RecordAndBoxAreZeroAtTheStart) {
   outbordLeftCpu = {1, 2};
   outbordRightCpu = {3, 4};
   ASSERT_TRUE(initJointCpu(20, 30, 1, 1, 400, 500));
-  const stitchflags zero = {};
-  EXPECT_EQ(std::memcmp(&flagsCpu, &zero, sizeof zero), 0);
+  Bytes record(sizeof flagsCpu);
+  std::memcpy(record.data(), &flagsCpu, record.size());
+  EXPECT_EQ(record, Bytes(40, 0));
   EXPECT_EQ(outbordLeftCpu, (SPoint{0, 0}));
   EXPECT_EQ(outbordRightCpu, (SPoint{0, 0}));
 }
@@ -219,7 +220,7 @@ TEST_F(StitchingRun, SecondStartOfALargerShapeHasLargerBuffers) {
 }
 
 TEST_F(StitchingRun, BufferOfTheHostIsTakenAtItsWord) {
-  unsigned char* const mine = fresh<unsigned char>(50 * 40, 9);
+  unsigned char* const mine = fresh<unsigned char>(area(50, 40), 9);
   theSorImageTemp = mine;
   ASSERT_TRUE(initJointCpu(50, 40, 1, 1, 400, 500));
   EXPECT_EQ(theSorImageTemp, mine);

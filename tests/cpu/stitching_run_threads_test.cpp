@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include "cpu/corner_worker.h"
 #include "cpu/offset_estimation.h"
 #include "cpu/run_state.h"
 #include "cpu/stitching_run.h"
 #include "features/features_state.h"
-#include "tests/support/recorded_reports.h"
 #include "tests/cpu/run_fixture.h"
 #include "tests/cpu/thread_calls.h"
+#include "tests/support/recorded_reports.h"
 
 namespace {
 
@@ -31,6 +32,14 @@ TEST_F(RunThreads, StartCreatesTwoAndStopJoinsBoth) {
   uninitJointCpu();
   EXPECT_EQ(threadCalls().joins, 2);
   EXPECT_EQ(threadCalls().running, 0);
+}
+
+TEST_F(RunThreads, WorkerOneIsCreatedFirstAndNeitherIsGivenAnything) {
+  watchThreads();
+  ASSERT_TRUE(start());
+  EXPECT_EQ(threadCalls().bodies[0], &findHarrisCornerCoordianteThreadOne);
+  EXPECT_EQ(threadCalls().bodies[1], &findHarrisCornerCoordianteThreadTwo);
+  EXPECT_EQ(threadCalls().special, 0) << "default attributes, no argument";
 }
 
 TEST_F(RunThreads, SecondStartJoinsTheOldThreadsSilentlyAndCreatesTwo) {

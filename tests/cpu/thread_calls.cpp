@@ -5,12 +5,12 @@
 #include <pthread.h>
 
 #include <cerrno>
+#include <cstddef>
 #include <memory>
 
 namespace {
 
-using Body = void* (*)(void*);
-using Create = int (*)(pthread_t*, const pthread_attr_t*, Body, void*);
+using Create = int (*)(pthread_t*, const pthread_attr_t*, ThreadBody, void*);
 using Join = int (*)(pthread_t, void**);
 
 /// The next definition in the search order: a sanitizer's where there is one.
@@ -20,7 +20,7 @@ Function next(const char* name) {
 }
 
 struct Start {
-  Body body;
+  ThreadBody body;
   void* argument;
 };
 
@@ -51,7 +51,7 @@ ThreadCalls& threadCalls() {
 
 void watchThreads(int refused) {
   ThreadCalls& calls = threadCalls();
-  calls.creations = calls.joins = calls.running = 0;
+  calls.creations = calls.joins = calls.running = calls.special = 0;
   calls.refused = refused;
 }
 
@@ -59,10 +59,15 @@ extern "C" {
 
 __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,
                                                           const pthread_attr_t* attributes,
-                                                          Body body, void* argument) {
+                                                          ThreadBody body, void* argument) {
   static const auto create = next<Create>("pthread_create");
   ThreadCalls& calls = threadCalls();
-  if (++calls.creations == calls.refused) return EAGAIN;
+  const int creation = ++calls.creations;
+  if (creation <= static_cast<int>(calls.bodies.size())) {
+    calls.bodies.at(static_cast<std::size_t>(creation - 1)) = body;
+  }
+  if (attributes != nullptr || argument != nullptr) ++calls.special;
+  if (creation == calls.refused) return EAGAIN;
   auto start = std::make_unique<Start>(Start{body, argument});
   ++calls.running;
   const int result = create(thread, attributes, runCounted, start.get());

@@ -1,7 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <pthread.h>
+
+#include <array>
 #include <atomic>
+
+using ThreadBody = void* (*)(void*);
 
 /// What became of the threads of this process since `watchThreads`. The program that links
 /// thread_calls.cpp has its own `pthread_create` and `pthread_join` in front of the system's.
@@ -10,6 +15,9 @@ struct ThreadCalls {
   std::atomic<int> joins{0};      ///< Calls that succeeded.
   std::atomic<int> running{0};    ///< Created and not ended.
   std::atomic<int> refused{0};    ///< Which creation fails, counted from 1; 0 for none.
+  /// Bodies of the first creations, and how many creations gave attributes or an argument.
+  std::array<std::atomic<ThreadBody>, 4> bodies{};
+  std::atomic<int> special{0};
 };
 
 ThreadCalls& threadCalls();

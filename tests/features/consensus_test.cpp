@@ -5,6 +5,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <limits>
 #include <stdexcept>
 
 #include "tests/support/captured_output.h"
@@ -101,6 +102,41 @@ TEST(Consensus, InliersComeInPairOrderAndAreAppended) {
 
 TEST(Consensus, ShorterSecondListThrows) {
   EXPECT_THROW(vote({{1, 1}, {2, 2}}, {{1, 1}}), std::out_of_range);
+}
+
+TEST(Consensus, OffsetOfTheHypothesisIsLeftWhenTheListEnds) {
+  Points one;
+  Points two;
+  float dx = 0.0F;
+  float dy = 0.0F;
+  EXPECT_THROW(ransacMatchSPointArrayFun({{9, 1}, {2, 2}}, {{1, 4}}, one, two, dx, dy),
+               std::out_of_range);
+  EXPECT_EQ(dx, 8.0F);
+  EXPECT_EQ(dy, -3.0F);
+  EXPECT_TRUE(one.empty());
+}
+
+TEST(Consensus, DifferencesAreWholeNumbersBeforeTheyAreFloats) {
+  // 16777217 becomes 2^24; as floats the two would be 16777218 apart.
+  EXPECT_EQ(vote({{16777219, 0}}, {{2, 0}}).dx, 16777216.0F);
+}
+
+TEST(Consensus, ResidualIsAddedFromLeftToRight) {
+  // 1 + 2^24 is 2^24 again, so the second pair lies 4 away from the first one's offset, not 3.
+  const Vote result = vote({{16777216, 0}, {16777220, 0}}, {{0, 0}, {1, 0}});
+  EXPECT_EQ(result.one, (Points{{16777216, 0}}));
+}
+
+TEST(Consensus, PairsBeyondTheirOwnToleranceLeaveTheLastOffset) {
+  // The differences wrap: 2^31 - 1 - (-2^31) is -1 in 32 bits, and explains no pair.
+  constexpr int kLow = std::numeric_limits<int>::min();
+  constexpr int kHigh = std::numeric_limits<int>::max();
+  const Vote result = vote({{kHigh, 0}, {kHigh, 0}}, {{kLow, 0}, {kLow + 2, 0}});
+  EXPECT_TRUE(result.done);
+  EXPECT_TRUE(result.one.empty());
+  EXPECT_TRUE(result.two.empty());
+  EXPECT_EQ(result.dx, -3.0F);
+  EXPECT_EQ(result.dy, 0.0F);
 }
 
 TEST(Consensus, ShorterFirstListDecidesHowManyPairsThereAre) {

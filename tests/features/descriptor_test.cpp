@@ -228,6 +228,29 @@ TEST(Descriptor, WithoutCellsTheScratchIsHandedOut) {
   }
 }
 
+TEST(Descriptor, PatchDecidesHowManyCellsThereAre) {
+  // Cells start half - 1 before the corner, and every fourth pixel from there up to half behind it.
+  Random random(6);
+  Gray image(64, 64);
+  image.pixels = random.bytes(image.pixels.size());
+  for (int patch = 2; patch <= 24; ++patch) {
+    SCOPED_TRACE(patch);
+    const int half = patch / 2;
+    Elements expected;
+    for (int dx = 1 - half; dx <= half; dx += 4) {
+      for (int dy = 1 - half; dy <= half; dy += 4) {
+        // The same cell is the first one of a patch of 20 whose corner lies 9 further on.
+        const Elements whole = slowDescriptor(image, {32 + dx + 9, 30 + dy + 9});
+        expected.insert(expected.end(), whole.begin(), whole.begin() + 8);
+      }
+    }
+    EXPECT_EQ(describe(image, {{32, 30}}, static_cast<int>(expected.size()), patch), expected);
+    // There is no further cell: room for one more stays 0.
+    expected.resize(expected.size() + 8);
+    EXPECT_EQ(describe(image, {{32, 30}}, static_cast<int>(expected.size()), patch), expected);
+  }
+}
+
 TEST(Descriptor, CornersAnywhereAreAllowed) {
   Random random(5);
   Gray image(30, 40);

@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 #include <cstdlib>
 #include <vector>
@@ -50,6 +51,54 @@ TEST(Gradients, BothDiagonalsHaveTheSameCrossTerm) {
   const Products rising = gradients({0, 0, 200, 0, 100, 0, 0, 0, 0}, 3, 3);
   EXPECT_GT(falling.gxy.values()[4], 0.0F);
   EXPECT_EQ(falling.gxy.values()[4], rising.gxy.values()[4]);
+}
+
+TEST(Gradients, UniformImageHasNone) {
+  const Products products = gradients(Bytes(7 * 8, 200), 7, 8);
+  for (int r = 1; r < 6; ++r) {
+    for (int c = 1; c < 7; ++c) {
+      const auto i = static_cast<std::size_t>(r * 8 + c);
+      EXPECT_EQ(products.gx2.values()[i], 0.0F);
+      EXPECT_EQ(products.gy2.values()[i], 0.0F);
+      EXPECT_EQ(products.gxy.values()[i], 0.0F);
+    }
+  }
+}
+
+TEST(Gradients, SteepestStepsFit) {
+  // Sx = 4 * 255 and Sy = 0; along the diagonal both are 3 * 255 / 4 = 191, truncated.
+  const Products across = gradients({0, 0, 255, 0, 0, 255, 0, 0, 255}, 3, 3);
+  EXPECT_EQ(across.gx2.values()[4], 65025.0F);
+  EXPECT_EQ(across.gy2.values()[4], 0.0F);
+  EXPECT_EQ(across.gxy.values()[4], 0.0F);
+  const Products corner = gradients({0, 0, 0, 0, 0, 255, 0, 255, 255}, 3, 3);
+  EXPECT_EQ(corner.gx2.values()[4], 36481.0F);
+  EXPECT_EQ(corner.gy2.values()[4], 36481.0F);
+  EXPECT_EQ(corner.gxy.values()[4], 36481.0F);
+}
+
+/// The plane of a mirrored image.
+Floats mirroredRows(Floats plane, int rows, int cols) {
+  for (int r = 0; r < rows; ++r) {
+    std::reverse(plane.begin() + r * cols, plane.begin() + (r + 1) * cols);
+  }
+  return plane;
+}
+
+TEST(Gradients, MirroredImageHasTheMirroredProducts) {
+  constexpr int kRows = 9;
+  constexpr int kCols = 14;
+  Random random(3);
+  const Bytes image = random.bytes(kRows * kCols);
+  Bytes mirror = image;
+  for (int r = 0; r < kRows; ++r) {
+    std::reverse(mirror.begin() + r * kCols, mirror.begin() + (r + 1) * kCols);
+  }
+  const Products straight = gradients(image, kRows, kCols);
+  const Products reversed = gradients(mirror, kRows, kCols);
+  EXPECT_EQ(mirroredRows(reversed.gx2.values(), kRows, kCols), straight.gx2.values());
+  EXPECT_EQ(mirroredRows(reversed.gy2.values(), kRows, kCols), straight.gy2.values());
+  EXPECT_EQ(mirroredRows(reversed.gxy.values(), kRows, kCols), straight.gxy.values());
 }
 
 TEST(Gradients, OutermostPixelsAreNotWritten) {
@@ -184,6 +233,14 @@ TEST(HarrisResponse, OnlyPositiveOnesAreStored) {
   EXPECT_EQ(response.mean, 0.0F);
 }
 
+TEST(HarrisResponse, ZeroIsNotStored) {
+  const Floats zeros(std::size_t{45} * 45);
+  const Response response = respond(zeros, zeros, zeros, 45, 45);
+  EXPECT_EQ(response.plane, Floats(zeros.size(), -7.0F));
+  EXPECT_EQ(response.mean, 0.0F);
+  EXPECT_EQ(response.sum, 0.0F);
+}
+
 TEST(HarrisResponse, KeepsTwentyPixelsFromEachEdge) {
   constexpr int kRows = 43;
   constexpr int kCols = 50;
@@ -199,9 +256,21 @@ TEST(HarrisResponse, KeepsTwentyPixelsFromEachEdge) {
 
 TEST(HarrisResponse, PlaneBelow41HasNoneButAMean) {
   const Floats ones(40 * 60, 1.0F);
-  const Response response = respond(ones, ones, Floats(ones.size()), 40, 60, 12.0F);
-  EXPECT_EQ(response.plane, Floats(ones.size(), -7.0F));
-  EXPECT_EQ(response.mean, 12.0F / 2400.0F);
+  for (const auto& [rows, cols] : {std::pair{40, 60}, std::pair{60, 40}}) {
+    const Response response = respond(ones, ones, Floats(ones.size()), rows, cols, 12.0F);
+    EXPECT_EQ(response.plane, Floats(ones.size(), -7.0F));
+    EXPECT_EQ(response.mean, 12.0F / 2400.0F);
+    EXPECT_EQ(response.sum, 12.0F);
+  }
+}
+
+TEST(HarrisResponse, PixelsAreCountedIn32Bits) {
+  // 40 * 107374183 is 2^32 + 24. Such a plane has no pixel far enough from its edges to be read.
+  EXPECT_EQ(respond({0.0F}, {0.0F}, {0.0F}, 40, 107374183, 48.0F).mean, 2.0F);
+}
+
+TEST(HarrisResponse, MeanOfAnEmptyPlaneIsNotANumber) {
+  EXPECT_TRUE(std::isnan(respond({0.0F}, {0.0F}, {0.0F}, 0, 60).mean));
 }
 
 TEST(HarrisResponse, NullPointersAreRefusedWithTheLine) {

@@ -38,12 +38,19 @@ Floats smoothedAlong(const Floats& plane, int rows, int cols, bool down, const f
   return out;
 }
 
-/// The detector from its formulas: every second pixel, gradients, smoothing, response, selection.
-Points slowCorners(const Bytes& gray, int rows, int cols, const float* kernel, int taps) {
-  const int h = rows / 2;
-  const int w = cols / 2;
+/// What the detector works out before it selects.
+struct SlowPlanes {
+  Floats gx2, gy2, gxy, response;
+  float mean;
+};
+
+/// The detector from its formulas: every `step`th pixel, gradients, smoothing, response.
+SlowPlanes slowPlanes(const Bytes& gray, int rows, int cols, int step, const float* kernel,
+                      int taps) {
+  const int h = rows / step;
+  const int w = cols / step;
   const auto pixel = [&](int r, int c) {
-    return int{gray[static_cast<std::size_t>(2 * r * cols + 2 * c)]};
+    return int{gray[static_cast<std::size_t>(step * r * cols + step * c)]};
   };
   const auto count = static_cast<std::size_t>(h * w);
   Floats planes[3] = {Floats(count), Floats(count), Floats(count)};
@@ -82,16 +89,25 @@ Points slowCorners(const Bytes& gray, int rows, int cols, const float* kernel, i
       }
     }
   }
+  return {planes[0], planes[1], planes[2], response, sum / static_cast<float>(h * w)};
+}
+
+/// And with the selection.
+Points slowCorners(const Bytes& gray, int rows, int cols, const float* kernel, int taps,
+                   int step = 2) {
+  SlowPlanes planes = slowPlanes(gray, rows, cols, step, kernel, taps);
   Floats values;
   Points points;
   Points corners;
   int wanted = 0;
-  responseValueMaxSuppression(response.data(), sum / static_cast<float>(h * w), h, w, values,
+  responseValueMaxSuppression(planes.response.data(), planes.mean, rows / step, cols / step, values,
                               points);
   goToFirstGetRidOfSomeSPoints(values, points, numpoint, num5000, 1, 1, wanted);
-  goToSecondGetRidOfSomeSPoints(values, points, wanted, 2, 0.5F, corners);
+  goToSecondGetRidOfSomeSPoints(values, points, wanted, step, 0.5F, corners);
   return corners;
 }
+
+Floats firstOf(const float* plane, std::size_t count) { return {plane, plane + count}; }
 
 Points cornersOf(Search search, Bytes gray, imgInfo info = kInfo) {
   Points corners;
@@ -111,6 +127,56 @@ TEST_F(HarrisRun, BothSearchesEqualTheFormulas) {
     EXPECT_EQ(cornersOf(findHarrisCornerCoordianteFun1, gray), expected);
     EXPECT_EQ(cornersOf(findHarrisCornerCoordianteFun2, gray), expected);
   }
+}
+
+TEST_F(HarrisRun, PlanesHoldTheSmoothedProductsAndTheResponse) {
+  // Nothing is wanted, so that nothing is found and the planes stay.
+  const ScopedValue<int> nothing(numpoint, 0);
+  Random random(13);
+  Bytes gray = patchwork(13, kRows, kCols);
+  for (auto& value : gray) value = static_cast<unsigned char>(value / 2 + random.between(0, 99));
+  const SlowPlanes expected = slowPlanes(gray, kRows, kCols, 2, filter2DKer, 5);
+  ASSERT_GT(expected.mean, 0.0F);
+  EXPECT_TRUE(cornersOf(findHarrisCornerCoordianteFun1, gray).empty());
+  EXPECT_EQ(firstOf(grad_x2, kSearchPixels), expected.gx2);
+  EXPECT_EQ(firstOf(grad_y2, kSearchPixels), expected.gy2);
+  EXPECT_EQ(firstOf(grad_xy, kSearchPixels), expected.gxy);
+  EXPECT_EQ(firstOf(grad_bound, kSearchPixels), expected.response);
+  EXPECT_TRUE(cornersOf(findHarrisCornerCoordianteFun2, gray).empty());
+  EXPECT_EQ(firstOf(grad_x21, kSearchPixels), expected.gx2);
+  EXPECT_EQ(firstOf(grad_y21, kSearchPixels), expected.gy2);
+  EXPECT_EQ(firstOf(grad_xy1, kSearchPixels), expected.gxy);
+  EXPECT_EQ(firstOf(grad_bound1, kSearchPixels), expected.response);
+}
+
+TEST_F(HarrisRun, WhatThePlanesHeldBeforeDoesNotShow) {
+  for (float** plane : {&grad_x2, &grad_y2, &grad_xy, &grad_bound, &grad_bound_temp}) {
+    *plane = new float[kSearchPixels * 4];
+    std::fill_n(*plane, kSearchPixels * 4, 1e6F);
+  }
+  EXPECT_TRUE(cornersOf(findHarrisCornerCoordianteFun1, Bytes(kSearchPixels * 4, 90)).empty());
+  for (const float* plane : {grad_x2, grad_y2, grad_xy, grad_bound}) {
+    EXPECT_EQ(firstOf(plane, kSearchPixels), Floats(kSearchPixels));
+  }
+}
+
+TEST_F(HarrisRun, SearchMayBeAsLargeAsTheFrame) {
+  // The padded planes are then larger than the frame; the address checks see when they are not.
+  const ScopedValue<int> factor(pointdownscal, 1);
+  const ScopedValue<int> rows(gray_pointdownscal_row, kRows), cols(gray_pointdownscal_col, kCols);
+  const Bytes gray = patchwork(14, kRows, kCols);
+  EXPECT_EQ(cornersOf(findHarrisCornerCoordianteFun1, gray),
+            slowCorners(gray, kRows, kCols, filter2DKer, 5, 1));
+}
+
+TEST_F(HarrisRun, CornersComeBackInPixelsOfTheImageForAnyFactor) {
+  constexpr int kTall = 3 * kRows / 2;
+  constexpr int kWide = 3 * kCols / 2;
+  const ScopedValue<int> factor(pointdownscal, 3);
+  const Bytes gray = patchwork(15, kTall, kWide, 12);
+  const Points corners = cornersOf(findHarrisCornerCoordianteFun1, gray, {0, 1, kTall, kWide});
+  EXPECT_EQ(corners.size(), 60U);
+  EXPECT_EQ(corners, slowCorners(gray, kTall, kWide, filter2DKer, 5, 3));
 }
 
 TEST_F(HarrisRun, BothSearchesRunAtTheSameTime) {
@@ -151,6 +217,17 @@ TEST_F(HarrisRun, PlanesGoWithCornersAndStayWithout) {
   }
 }
 
+TEST_F(HarrisRun, EachSearchHasItsOwnPlanes) {
+  const Bytes flat(kSearchPixels * 4, 90);
+  EXPECT_TRUE(cornersOf(findHarrisCornerCoordianteFun2, flat).empty());
+  for (const float* plane : {grad_x21, grad_y21, grad_xy1, grad_bound1, grad_bound_temp1}) {
+    EXPECT_NE(plane, nullptr);
+  }
+  for (const float* plane : {grad_x2, grad_y2, grad_xy, grad_bound, grad_bound_temp}) {
+    EXPECT_EQ(plane, nullptr);
+  }
+}
+
 TEST_F(HarrisRun, FlatImageSaysThatThereAreNone) {
   Bytes flat(kSearchPixels * 4, 90);
   Points corners;
@@ -178,14 +255,19 @@ TEST_F(HarrisRun, NullImageIsRefusedWithTheLine) {
   EXPECT_EQ(grad_x2, nullptr) << "nothing was allocated";
 }
 
-TEST_F(HarrisRun, MissingReducedPlaneIsRefusedToo) {
+TEST_F(HarrisRun, MissingReducedPlaneIsRefusedByTheStages) {
   Bytes gray = patchwork(1, kRows, kCols);
   Points corners;
   unsigned char* const plane = resiz_OneBound;
   resiz_OneBound = nullptr;
   EXPECT_EQ(standardOutputOf(
                 [&] { EXPECT_FALSE(findHarrisCornerCoordianteFun1(gray.data(), kInfo, corners)); }),
-            "findHarrisCornerCoordianteFun ptr is null\n");
+            "src is null || scale is 0\nptr is null\nfindGradSquareCrossTerms failed\n");
+  const ScopedValue<int> factor(pointdownscal, 1);
+  EXPECT_EQ(standardOutputOf(
+                [&] { EXPECT_FALSE(findHarrisCornerCoordianteFun1(gray.data(), kInfo, corners)); }),
+            "ptr is null\nfindGradSquareCrossTerms failed\n");
+  EXPECT_TRUE(corners.empty());
   resiz_OneBound = plane;
 }
 
@@ -200,12 +282,50 @@ TEST_F(HarrisRun, FactorOneSearchesTheImageItself) {
   EXPECT_TRUE(anyOdd) << "coordinates are not multiplied";
 }
 
+TEST_F(HarrisRun, FactorOneCopiesAsManyBytesAsTheSearchHasWhateverTheImage) {
+  const ScopedValue<int> factor(pointdownscal, 1);
+  const Bytes gray = patchwork(18, kRows / 2, kCols / 2, 3);
+  std::fill_n(resiz_OneBound, kSearchPixels * 4, static_cast<unsigned char>(77));
+  cornersOf(findHarrisCornerCoordianteFun1, gray, {0, 1, 10, 10});
+  Bytes expected = gray;
+  expected.resize(kSearchPixels * 4, 77);
+  EXPECT_EQ(Bytes(resiz_OneBound, resiz_OneBound + kSearchPixels * 4), expected);
+}
+
 TEST_F(HarrisRun, ReducedImageIsEverySecondPixel) {
   const Bytes gray = patchwork(5, kRows, kCols, 3);
   cornersOf(findHarrisCornerCoordianteFun2, gray);
   for (const auto& [r, c] : {std::pair{0, 0}, std::pair{7, 31}, std::pair{89, 119}}) {
     EXPECT_EQ(resiz_TwoBound[r * (kCols / 2) + c],
               gray[static_cast<std::size_t>(2 * r * kCols + 2 * c)]);
+  }
+}
+
+TEST_F(HarrisRun, StripFillsTheBeginningOfTheReducedPlaneAndZerosFollow) {
+  constexpr int kStripRows = 100;
+  constexpr int kStripCols = 200;
+  const Bytes strip = patchwork(16, kStripRows, kStripCols, 3);
+  std::fill_n(resiz_OneBound, kSearchPixels * 4, static_cast<unsigned char>(77));
+  cornersOf(findHarrisCornerCoordianteFun1, strip, {0, 1, kStripRows, kStripCols});
+  Bytes expected;
+  for (int r = 0; r < kStripRows; r += 2) {
+    for (int c = 0; c < kStripCols; c += 2) {
+      expected.push_back(strip[static_cast<std::size_t>(r * kStripCols + c)]);
+    }
+  }
+  expected.resize(kSearchPixels, 0);
+  expected.resize(kSearchPixels * 4, 77);
+  EXPECT_EQ(Bytes(resiz_OneBound, resiz_OneBound + kSearchPixels * 4), expected);
+}
+
+TEST_F(HarrisRun, ChannelsOfTheImageReachTheReduction) {
+  const Bytes colour = patchwork(17, 90, 120 * 3, 1);
+  cornersOf(findHarrisCornerCoordianteFun1, colour, {0, 3, 90, 120});
+  for (std::size_t k = 0; k < 60; ++k) {
+    // Every second pixel of the first row, three bytes each.
+    ASSERT_TRUE(std::equal(resiz_OneBound + 3 * k, resiz_OneBound + 3 * k + 3,
+                           colour.begin() + static_cast<std::ptrdiff_t>(6 * k)))
+        << k;
   }
 }
 
@@ -246,6 +366,17 @@ TEST_F(HarrisRun, BudgetsOfTheRunBoundTheCorners) {
   const ScopedValue<int> negative(numpoint, -100);
   const ScopedValue<int> negativeCap(num5000, -700);
   EXPECT_TRUE(cornersOf(findHarrisCornerCoordianteFun1, gray).empty());
+}
+
+TEST_F(HarrisRun, CapOfTheRunBelowItsBudgetLeavesCornersInPixelsOfTheSearch) {
+  const Bytes gray = patchwork(10, kRows, kCols);
+  const ScopedValue<int> cap(num5000, 30);
+  const Points corners = cornersOf(findHarrisCornerCoordianteFun1, gray);
+  EXPECT_EQ(corners.size(), 30U);
+  EXPECT_EQ(corners, slowCorners(gray, kRows, kCols, filter2DKer, 5));
+  for (const SPoint corner : corners) {
+    EXPECT_TRUE(corner.x < kCols / 2 - 20 && corner.y < kRows / 2 - 20) << "not multiplied";
+  }
 }
 
 TEST_F(HarrisRun, MirroredImageHasTheMirroredResponse) {

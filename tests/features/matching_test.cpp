@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
 #include <cstddef>
 #include <limits>
 #include <stdexcept>
@@ -119,6 +120,51 @@ TEST(Matching, RatioIsStrict) {
   EXPECT_EQ(match({9, 12}, 2, {10}, 1, 1, 0.250001F).matches.size(), 1U);
 }
 
+TEST(Matching, RatioIsComparedWithTheQuotient) {
+  // Multiplied out, both would come out the other way.
+  const float above = std::nextafter(9.0F / 169.0F, 1.0F);
+  EXPECT_EQ(match({23, 33}, 2, {20}, 1, 1, above).matches, (Points{{0, 0}}));
+  EXPECT_TRUE(match({31, 33}, 2, {20}, 1, 1, 121.0F / 169.0F).matches.empty());
+}
+
+TEST(Matching, MatchesAreAppended) {
+  Descriptors a = {0, 50, 200};
+  Descriptors b = {190};
+  float dist[3];
+  Points matches = {{7, 8}};
+  EXPECT_TRUE(calacDistanceIndexFun(a.data(), b.data(), dist, kRatio, 3, 1, 1, 1, matches));
+  EXPECT_EQ(matches, (Points{{7, 8}, {0, 2}}));
+  EXPECT_TRUE(calacDistanceIndexFun(a.data(), b.data(), dist, kRatio, 3, 1, 0, 1, matches));
+  EXPECT_EQ(matches.size(), 2U);
+}
+
+/// The distances that are left of the one descriptor of B.
+std::vector<float> distancesTo(Descriptors b, Descriptors a, int countA) {
+  std::vector<float> dist(static_cast<std::size_t>(countA));
+  const int length = static_cast<int>(b.size());
+  Points matches;
+  EXPECT_TRUE(calacDistanceIndexFun(a.data(), b.data(), dist.data(), kRatio, countA, length, 1,
+                                    length, matches));
+  return dist;
+}
+
+TEST(Matching, NearestDistanceIsReplacedByTheLargest) {
+  EXPECT_EQ(distancesTo({10}, {13, 12, 6, 30}, 4), (std::vector<float>{9, 400, 16, 400}));
+}
+
+TEST(Matching, SquaresAreAddedInSinglePrecisionAndElementOrder) {
+  // Beside 2^24 a one is lost, and another one after it; the other way round they are kept.
+  const std::vector<float> dist = distancesTo({0, 0, 0}, {4096, 1, 1, 1, 1, 4096, 0, 0, 0}, 3);
+  EXPECT_EQ(dist[0], 16777216.0F);
+  EXPECT_EQ(dist[1], 16777218.0F);
+}
+
+TEST(Matching, SquaresWrapAt32Bits) {
+  // 46341 squared is just above 2^31 and 65535 squared just below 2^32.
+  EXPECT_EQ(match({0, 60000}, 2, {46341}, 1, 1).matches, (Points{{0, 0}}));
+  EXPECT_EQ(distancesTo({0}, {46341, 65535, 7}, 3), (std::vector<float>{49.0F, -131071.0F, 49.0F}));
+}
+
 TEST(Matching, LoneDescriptorOfTheFirstListNeverMatches) {
   EXPECT_TRUE(match({5}, 1, {5, 6}, 2, 1).matches.empty());
 }
@@ -134,8 +180,9 @@ TEST(Matching, NothingToMatchSucceeds) {
 
 TEST(Matching, FirstListIsStridedSecondIsPacked) {
   // Elements between the descriptors of A (9999) are never read.
-  Descriptors a = {10, 20, 9999, 200, 100, 9999};
-  Descriptors b = {199, 100, 10, 21};
+  // Strided as well, the second of B would be (200, 10) and match the other one.
+  Descriptors a = {10, 200, 9999, 200, 10, 9999};
+  Descriptors b = {201, 10, 11, 200, 10};
   std::vector<float> dist(2);
   Points matches;
   EXPECT_TRUE(calacDistanceIndexFun(a.data(), b.data(), dist.data(), kRatio, 2, 3, 2, 2, matches));

@@ -87,6 +87,23 @@ TEST(LocalMaxima, ThresholdIsStrict) {
   EXPECT_EQ(plane.maximaAbove(4.999F).points.size(), 1U);
 }
 
+TEST(LocalMaxima, MayBeNegative) {
+  Plane plane(60, 60);
+  std::fill(plane.values.begin(), plane.values.end(), -9.0F);
+  plane.at(30, 35) = -2.0F;
+  EXPECT_EQ(plane.maximaAbove(-5.0F).points, (Points{{35, 30}}));
+}
+
+TEST(LocalMaxima, AreAppended) {
+  Plane plane(41, 41);
+  plane.at(20, 20) = 5.0F;
+  Candidates found{{1.0F}, {{2, 3}}};
+  EXPECT_TRUE(
+      responseValueMaxSuppression(plane.values.data(), 0.0F, 41, 41, found.values, found.points));
+  EXPECT_EQ(found.values, (Values{1.0F, 5.0F}));
+  EXPECT_EQ(found.points, (Points{{2, 3}, {20, 20}}));
+}
+
 TEST(LocalMaxima, PlateauGivesEachOfItsPixels) {
   Plane plane(60, 60);
   plane.at(30, 30) = 5.0F;
@@ -124,11 +141,29 @@ TEST(FirstCut, EmptyListIsRefusedWithItsLine) {
       kEmptyLine);
   EXPECT_EQ(count, 77);
   Candidates noPoints{{1.0F}, {}};
-  EXPECT_EQ(standardOutputOf([&] {
-              EXPECT_FALSE(goToFirstGetRidOfSomeSPoints(noPoints.values, noPoints.points, 5, 5, 1,
-                                                        1, count));
-            }),
-            kEmptyLine);
+  Candidates noValues{{}, {{1, 2}}};
+  for (Candidates* half : {&noPoints, &noValues}) {
+    EXPECT_EQ(
+        standardOutputOf([&] {
+          EXPECT_FALSE(goToFirstGetRidOfSomeSPoints(half->values, half->points, 5, 5, 1, 1, count));
+        }),
+        kEmptyLine);
+  }
+  EXPECT_EQ(count, 77);
+  EXPECT_EQ(noPoints.values, (Values{1.0F}));
+  EXPECT_EQ(noValues.points, (Points{{1, 2}}));
+}
+
+TEST(FirstCut, PlaneTooSmallForMaximaEndsWithTheLine) {
+  Plane plane(40, 80);
+  std::fill(plane.values.begin(), plane.values.end(), 3.0F);
+  Candidates found = plane.maximaAbove(1.0F);
+  int count = 0;
+  EXPECT_EQ(
+      standardOutputOf([&] {
+        EXPECT_FALSE(goToFirstGetRidOfSomeSPoints(found.values, found.points, 5, 5, 1, 1, count));
+      }),
+      kEmptyLine);
 }
 
 TEST(FirstCut, UpToTheCapOnlyTheCountIsSet) {
@@ -146,6 +181,23 @@ TEST(FirstCut, KeepsTheStrongestStrongestFirst) {
   int count = 0;
   EXPECT_TRUE(goToFirstGetRidOfSomeSPoints(list.values, list.points, 2, 3, 1, 1, count));
   EXPECT_EQ(list.values, (Values{5, 3, 2}));
+  EXPECT_EQ(list.points, (Points{{5, 0}, {3, 0}, {2, 0}}));
+}
+
+TEST(FirstCut, EqualOnesComeInTheOrderOfTheQuicksort) {
+  // The first key, the smallest, trades places with the last: a stable sort would keep (2, 0)
+  // first.
+  Candidates list{{1, 5, 5}, {{1, 0}, {2, 0}, {3, 0}}};
+  int count = 0;
+  EXPECT_TRUE(goToFirstGetRidOfSomeSPoints(list.values, list.points, 2, 2, 1, 1, count));
+  EXPECT_EQ(list.points, (Points{{3, 0}, {2, 0}}));
+}
+
+TEST(FirstCut, ScaleAndBudgetParameterAreNotRead) {
+  Candidates list{{1, 3, 2, 5}, {{1, 0}, {3, 0}, {2, 0}, {5, 0}}};
+  int count = 0;
+  EXPECT_TRUE(goToFirstGetRidOfSomeSPoints(list.values, list.points, 2, 3, 0, -9, count));
+  EXPECT_EQ(count, 2);
   EXPECT_EQ(list.points, (Points{{5, 0}, {3, 0}, {2, 0}}));
 }
 
@@ -172,9 +224,13 @@ TEST(FirstCut, CapOfZeroOrLessEmptiesBothLists) {
 
 TEST(SecondCut, EmptyListIsRefusedWithItsLine) {
   Points out = {{4, 4}};
-  EXPECT_EQ(standardOutputOf(
-                [&] { EXPECT_FALSE(goToSecondGetRidOfSomeSPoints({}, {}, 1, 2, 0.5F, out)); }),
-            kEmptyLine);
+  for (const Candidates& list : {Candidates{}, Candidates{{1.0F}, {}}, Candidates{{}, {{1, 2}}}}) {
+    EXPECT_EQ(
+        standardOutputOf([&] {
+          EXPECT_FALSE(goToSecondGetRidOfSomeSPoints(list.values, list.points, 1, 2, 0.5F, out));
+        }),
+        kEmptyLine);
+  }
   EXPECT_EQ(out, (Points{{4, 4}}));
 }
 
@@ -203,10 +259,10 @@ TEST(SecondCut, PrefersPointsFarFromClearlyStrongerOnes) {
 }
 
 TEST(SecondCut, ClearlyStrongerMeansMoreThanTwice) {
-  // 6 * 0.5 > 3 does not hold, so nothing suppresses the second point; its radius stays the cap
+  // 6 * 0.5 > 3 does not hold, so nothing suppresses the first point; its radius stays the cap
   // and the sort leaves the two where they are.
   Points out;
-  EXPECT_TRUE(goToSecondGetRidOfSomeSPoints({6, 3}, {{10, 10}, {11, 10}}, 1, 1, 0.5F, out));
+  EXPECT_TRUE(goToSecondGetRidOfSomeSPoints({3, 6}, {{10, 10}, {11, 10}}, 1, 1, 0.5F, out));
   EXPECT_EQ(out, (Points{{10, 10}}));
   Points suppressed;
   EXPECT_TRUE(goToSecondGetRidOfSomeSPoints({3, 7}, {{10, 10}, {11, 10}}, 1, 1, 0.5F, suppressed));
@@ -230,6 +286,21 @@ TEST(SecondCut, AmongStrongPointsTheSortAloneDecides) {
   Points out;
   EXPECT_TRUE(goToSecondGetRidOfSomeSPoints(values, points, 2, 1, 0.5F, out));
   EXPECT_EQ(out, (Points{{0, 0}, {1, 0}}));
+}
+
+TEST(SecondCut, EqualRadiiComeInTheOrderOfTheQuicksort) {
+  // Radii 1, 65535, 65535: the first trades places with the last.
+  Points out;
+  EXPECT_TRUE(
+      goToSecondGetRidOfSomeSPoints({1, 100, 90}, {{0, 0}, {1, 0}, {9, 0}}, 2, 1, 0.5F, out));
+  EXPECT_EQ(out, (Points{{9, 0}, {1, 0}}));
+}
+
+TEST(SecondCut, SquaredDistancesWrapAt32Bits) {
+  // 46341 squared is 2^31 and a little: a negative radius, behind that of the strong point.
+  Points out;
+  EXPECT_TRUE(goToSecondGetRidOfSomeSPoints({1, 100}, {{0, 0}, {46341, 0}}, 1, 1, 0.5F, out));
+  EXPECT_EQ(out, (Points{{46341, 0}}));
 }
 
 TEST(SecondCut, NothingWantedGivesNothing) {
@@ -264,12 +335,13 @@ TEST(SecondCut, EqualsASlowSpreadingOnRandomCandidates) {
       points.push_back({random.between(20, 400), random.between(20, 400)});
     }
     const float strongest = *std::max_element(values.begin(), values.end());
+    const float robust = seed % 3 == 0 ? 0.9F : seed % 3 == 1 ? 0.5F : 0.3F;
     Values radii;
     for (int i = 0; i < n; ++i) {
       const auto a = static_cast<std::size_t>(i);
       float radius = 65535.0F;
-      for (std::size_t b = 0; b < values.size() && values[a] <= strongest * 0.5F; ++b) {
-        if (values[b] * 0.5F > values[a]) {
+      for (std::size_t b = 0; b < values.size() && values[a] <= strongest * robust; ++b) {
+        if (values[b] * robust > values[a]) {
           const int dx = points[a].x - points[b].x;
           const int dy = points[a].y - points[b].y;
           radius = std::min(radius, static_cast<float>(dx * dx + dy * dy));
@@ -287,7 +359,7 @@ TEST(SecondCut, EqualsASlowSpreadingOnRandomCandidates) {
       expected.push_back({p.x * 2, p.y * 2});
     }
     Points out;
-    EXPECT_TRUE(goToSecondGetRidOfSomeSPoints(values, points, wanted, 2, 0.5F, out));
+    EXPECT_TRUE(goToSecondGetRidOfSomeSPoints(values, points, wanted, 2, robust, out));
     EXPECT_EQ(out, expected);
   }
 }

@@ -4,6 +4,8 @@
 #include <framequilt/tuning.h>
 #include <gtest/gtest.h>
 
+#include <limits>
+#include <new>
 #include <string>
 
 #include "imaging/imaging_state.h"
@@ -128,6 +130,15 @@ TEST(Fusion, PlanesThatAHostHasSetAreUsedAndReleased) {
   const ScopedValue realRows(RealImgRow, 3), realCols(RealImgCol, 3);
   const Fused fused(Bytes(9, 255), Bytes(9, 255), 3, 3, 1);
   EXPECT_EQ(fused.one.values(), Bytes(9, 254));
+}
+
+TEST(Fusion, FailedAllocationGoesToTheCallerAndLeavesNothing) {
+  constexpr int kHuge = std::numeric_limits<int>::max();
+  const ScopedValue realRows(RealImgRow, kHuge), realCols(RealImgCol, kHuge);
+  Bytes one(9, 255), two(9, 50);
+  EXPECT_THROW(twoImageFusion(one.data(), two.data(), 1, 0, 3, 3), std::bad_alloc);
+  EXPECT_EQ(two, Bytes(9, 50));
+  EXPECT_TRUE(planesAreReleased());
 }
 
 TEST(Fusion, NullImagesAreRefusedWithOneLineAndAllocateNothing) {

@@ -282,6 +282,20 @@ TEST(GrayConversion, FloatVariantsCountPixelsIn32Bits) {
   EXPECT_TRUE(pixel.convert(65536, 65536, 3));  // 2^32, that is 0
   EXPECT_TRUE(pixel.convert(46341, 46341, 1));  // just above 2^31, that is negative
   EXPECT_TRUE(pixel.untouched());
+
+  // 65536 * 65537 is 2^32 and 65536 more.
+  fillGrayTables();
+  Bytes src(65536 * 3, 255);
+  GuardedFloats gray(65536), mask(65536), first(65536), second(65536);
+  EXPECT_TRUE(rgb2GrayFloat(src.data(), 65536, 65537, 3, gray.data()));
+  EXPECT_TRUE(rgb2GrayFloat1(src.data(), 65536, 65537, 1, mask.data()));
+  EXPECT_TRUE(
+      rgb2GrayFloatTwo(src.data(), src.data(), 65536, 65537, 3, first.data(), second.data()));
+  EXPECT_EQ(gray.values(), Floats(65536, 254.0F));
+  EXPECT_EQ(mask.values(), Floats(65536, 255.0F));
+  EXPECT_EQ(first.values(), Floats(65536, 254.0F));
+  EXPECT_EQ(second.values(), Floats(65536, 254.0F));
+  EXPECT_TRUE(gray.intact() && mask.intact() && first.intact() && second.intact());
 }
 
 TEST(GrayConversion, NullPointersAreRefusedWithOneLine) {

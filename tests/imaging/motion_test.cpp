@@ -169,6 +169,14 @@ TEST(Motion, MeanIsTruncated) {
   EXPECT_EQ(motionOf({10, 20, 30}, {11, 19, 29}, 1, 3), 1);  // signs do not cancel
 }
 
+TEST(Motion, DifferencesAreAddedIn32Bits) {
+  // 255 * 8421505 is 2^31 + 127: a sum of 127 - 2^31.
+  const ScopedValue taps(filter2DKerSize[0], 1);
+  const ScopedValue weight(filter2DKerModel[0], 1.0F);
+  const int cols = 8421505;
+  EXPECT_EQ(motionOf(Bytes(area(1, cols), 0), Bytes(area(1, cols), 255), 1, cols), -254);
+}
+
 TEST(Motion, FirstTapCountDecidesTheSmoothing) {
   {
     // The first three weights alone: 100 becomes 70, then 49.

@@ -3,6 +3,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <limits>
 #include <string>
 
 #include "imaging/region.h"
@@ -138,6 +139,21 @@ TEST(OverlapCut, NullPointersLeaveEverythingAlone) {
     EXPECT_EQ(framePart.values(), Bytes(300, kUntouched));
     expectInfo(mosaicPartInfo, 1, 2, 3, 4);
     expectInfo(framePartInfo, 5, 6, 7, 8);
+  }
+}
+
+TEST(OverlapCut, OffsetsThatNoFrameHasTakeNothing) {
+  Bytes image = located(10, 10, 1);
+  for (const int offset :
+       {std::numeric_limits<int>::min(), std::numeric_limits<int>::max(), -10, 10}) {
+    SCOPED_TRACE(offset);
+    GuardedBytes mosaicPart(300), framePart(300);
+    imgInfo mosaicPartInfo{}, framePartInfo{};
+    takeOutOverLapImageFromMoasicImage(image.data(), image.data(), {0, 3, 10, 10}, {0, 3, 10, 10},
+                                       {0, 0}, offset, offset, mosaicPartInfo, framePartInfo,
+                                       mosaicPart.data(), framePart.data());
+    EXPECT_EQ(mosaicPart.values(), Bytes(300, kUntouched));
+    EXPECT_EQ(framePart.values(), Bytes(300, kUntouched));
   }
 }
 

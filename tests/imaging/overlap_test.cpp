@@ -110,6 +110,24 @@ TEST(Brightness, LeavesTheSmoothedGrayAndZerosAroundIt) {
   EXPECT_EQ(planes.two().bound, expected);
 }
 
+TEST(Brightness, FilteredPlanesHaveAFrameOfZeros) {
+  const Bytes stale(OverlapPlanes::bytes(5, 6), 9);
+  const OverlapPlanes planes(5, 6, {stale, stale, stale}, {stale, stale, stale});
+  Bytes image(30, 80);
+  Pair bright;
+  EXPECT_TRUE(
+      calcOverLapImageBright(image.data(), image.data(), 5, 6, 5, 6, 1, bright.one, bright.two));
+  Bytes expected = stale;  // stays behind the 7 x 8 of the padded image
+  for (int r = 0; r < 7; ++r) {
+    for (int c = 0; c < 8; ++c) {
+      const bool frame = r == 0 || c == 0 || r == 6 || c == 7;
+      expected[at(r, c, 8)] = frame ? 0 : 80;
+    }
+  }
+  EXPECT_EQ(planes.one().filtered, expected);
+  EXPECT_EQ(planes.two().filtered, expected);
+}
+
 TEST(Brightness, SecondImageIsConvertedWithTheSizeOfTheFirst) {
   // Part two has 5 x 9 pixels but only the first 25 are copied; the plane held 200 before.
   const Bytes plane(OverlapPlanes::bytes(5, 9), 200);
@@ -189,6 +207,23 @@ TEST(Definition, OnlyTheTopLeftQuarterIsSampled) {
 
 TEST(Definition, SampledPartReplacesWhatThePlaneHeld) {
   expectBothNaN(definitionOfMarked([](SidePlanes& one) { one.plane[at(1, 20, 60)] = 200; }));
+}
+
+TEST(Definition, LeavesThePaddedGridAndZerosBehindIt) {
+  const std::size_t bytes = OverlapPlanes::bytes(4, 44);
+  const SidePlanes stale = {Bytes(bytes, 7), Bytes(bytes, 8), Bytes(bytes, 9)};
+  const OverlapPlanes planes(4, 44, stale, stale);
+  definitionOf(4, 44);
+  // A grid of 2 x 22, 4 columns more on each side. Sampled are columns 0 to 10 of its first row.
+  Bytes expected(bytes, 0);
+  for (int r = 0; r < 2; ++r) {
+    for (int c = 0; c < 30; ++c) {
+      const int grid = c < 4 ? 4 - c : c < 26 ? c - 4 : c - 9;
+      expected[at(r, c, 30)] = r == 0 && grid <= 10 ? 8 : 7;
+    }
+  }
+  EXPECT_EQ(planes.one().bound, expected);
+  EXPECT_EQ(planes.two().bound, expected);
 }
 
 TEST(Definition, OfFewerThanTwoRowsOrColumnsIsZeroByZero) {

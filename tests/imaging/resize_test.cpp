@@ -185,6 +185,15 @@ TEST(ResizeWithinFrame, LeavesPixelsWhoseSourceIsOutside) {
   }
 }
 
+TEST(ResizeWithinFrame, PixelJustBehindTheFrameIsOutside) {
+  // Reduced pixel (6, 0) is number 288, read at 288 * 8 = 2304, the pixel count.
+  Bytes src = numbered(48 * 48);
+  src.push_back(99);
+  const Bytes out = reducedWithin(src, 48, 48, 6, 1, 64);
+  EXPECT_EQ(out[at(5, 7, 8)], src[(5 * 48 + 7) * 8]);
+  EXPECT_EQ(Bytes(out.begin() + 48, out.end()), Bytes(16, kUntouched));
+}
+
 TEST(ResizeWithinFrame, KeepsToTheFrameForEveryEvenFactor) {
   for (int scale = 6; scale <= 132; scale += 2) {
     SCOPED_TRACE(scale);

@@ -35,10 +35,11 @@ TEST(Records, PointIsColumnThenRow) {
 
 TEST(Records, PointIsLaidOutLikeThatOfOpencv) {
   ASSERT_EQ(sizeof(SPoint), sizeof(cv::Point_<int>));
-  const SPoint point = {-3, 70000};
-  cv::Point_<int> same;
-  std::memcpy(&same, &point, sizeof point);
-  EXPECT_EQ(same, cv::Point_<int>(-3, 70000));
+  const cv::Point_<int> point(-3, 70000);
+  SPoint same = {};
+  std::memcpy(&same, &point, sizeof same);
+  EXPECT_EQ(same.x, -3);
+  EXPECT_EQ(same.y, 70000);
 }
 
 template <class T, class... Fields>
@@ -48,9 +49,9 @@ TEST(Records, FieldsAreWholeNumbersButForTheMeasures) {
   EXPECT_TRUE((kAreAll<int, decltype(imgInfo::reserved), decltype(imgInfo::channels),
                        decltype(imgInfo::rows), decltype(imgInfo::cols)>));
   EXPECT_TRUE((kAreAll<int, decltype(SPoint::x), decltype(SPoint::y)>));
-  EXPECT_TRUE((kAreAll<float, decltype(stitchflags::brightOne), decltype(stitchflags::brightTwo),
-                       decltype(stitchflags::definitionOne),
-                       decltype(stitchflags::definitionTwo)>));
+  EXPECT_TRUE(
+      (kAreAll<float, decltype(stitchflags::brightOne), decltype(stitchflags::brightTwo),
+               decltype(stitchflags::definitionOne), decltype(stitchflags::definitionTwo)>));
   EXPECT_TRUE((kAreAll<int, decltype(stitchflags::matchNum), decltype(stitchflags::offsetX),
                        decltype(stitchflags::offsetY), decltype(stitchflags::stitch_flags)>));
   EXPECT_TRUE((std::is_same_v<SPoint, decltype(stitchflags::position)>));

@@ -49,10 +49,10 @@ TEST(Tuning, WholeNumbersAreThirtyTwoBits) {
 }
 
 TEST(Tuning, LimitsAndKernelsAreSinglePrecision) {
-  EXPECT_TRUE((kAreAll<float, decltype(brightThCpu0), decltype(defintThCpu0),
-                       decltype(ImageOverlap_minCpu), decltype(ImageOverlap_maxCpu),
-                       decltype(brightThCL0), decltype(defintThCL0), decltype(ImageOverlap_minCL),
-                       decltype(ImageOverlap_maxCL)>));
+  EXPECT_TRUE(
+      (kAreAll<float, decltype(brightThCpu0), decltype(defintThCpu0), decltype(ImageOverlap_minCpu),
+               decltype(ImageOverlap_maxCpu), decltype(brightThCL0), decltype(defintThCL0),
+               decltype(ImageOverlap_minCL), decltype(ImageOverlap_maxCL)>));
   EXPECT_TRUE((kAreAll<float, decltype(brightThCpu), decltype(defintThCpu), decltype(brightThCL),
                        decltype(defintThCL)>));
   EXPECT_TRUE((kAreAll<float[5], decltype(filter2DKer), decltype(filter2DKer1),

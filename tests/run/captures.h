@@ -10,14 +10,11 @@
 
 #include "framequilt/records.h"
 #include "tests/support/capture_run.h"
+#include "tests/support/points.h"
 #include "tests/support/scene.h"
 
-inline bool operator==(SPoint a, SPoint b) { return a.x == b.x && a.y == b.y; }
 inline SPoint operator+(SPoint a, SPoint b) { return {a.x + b.x, a.y + b.y}; }
 inline SPoint operator-(SPoint a, SPoint b) { return {a.x - b.x, a.y - b.y}; }
-inline void PrintTo(SPoint point, std::ostream* out) {
-  *out << '(' << point.x << ", " << point.y << ')';
-}
 
 /// The settings that a capture is stitched with.
 struct CaptureKind {
