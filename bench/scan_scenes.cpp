@@ -164,9 +164,7 @@ int scanScene(const Scan& scan) {
   return cv::imwrite(scan.mosaic, mosaic) ? 0 : 2;
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
+int runProgram(int argc, char** argv) {
   CLI::App app("Stitches simulated scans of a scene and measures error and speed.", "scan_scenes");
   Scan scan;
   app.add_option("scene", scan.scene, "Picture to cut frames from")->required();
@@ -182,10 +180,16 @@ int main(int argc, char** argv) {
   app.add_flag("--overlap-mode", scan.overlapMode, "Judge frames by their overlap");
   app.add_option("--mosaic", scan.mosaic, "Also write the mosaic");
   CLI11_PARSE(app, argc, argv);
+  return scanScene(scan);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
   try {
-    return scanScene(scan);
+    return runProgram(argc, argv);
   } catch (const std::exception& failure) {
-    std::cerr << "scan_scenes: " << failure.what() << "\n";
+    std::fprintf(stderr, "scan_scenes: %s\n", failure.what());
     return 2;
   }
 }

@@ -92,7 +92,7 @@ TEST(ForeignDeclarations, BuffersSetHereAreReleasedThere) {
 }
 
 TEST(ForeignDeclarations, NullFramesAreRefused) {
-  SPoint a, b, c;
+  SPoint a = {}, b = {}, c = {};
   cv::Mat mosaic;
   stitchflags flags = {};
   imgInfo info = {};

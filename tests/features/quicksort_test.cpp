@@ -107,7 +107,10 @@ TEST(Quicksort, RandomListsWithManyTiesAreLikeThePlainSort) {
 TEST(Quicksort, OrderedShapesAreLikeThePlainSort) {
   constexpr int kCount = 500;
   Keys ascending;
-  for (int k = 0; k < kCount; ++k) ascending.push_back(static_cast<float>(k / 3));
+  for (int k = 0; k < kCount; ++k) {
+    const int each = k / 3;
+    ascending.push_back(static_cast<float>(each));
+  }
   Keys descending(ascending.rbegin(), ascending.rend());
   Keys organPipe = ascending;
   organPipe.insert(organPipe.end(), descending.begin(), descending.end());

@@ -53,8 +53,9 @@ Bytes graysOf(const Bytes& bgr) {
 Floats tableGraysOf(const Bytes& bgr) {
   Floats grays(bgr.size() / 3);
   for (std::size_t i = 0; i < grays.size(); ++i) {
-    grays[i] = static_cast<float>(bgr[3 * i] * 467 / 4096 + bgr[3 * i + 1] * 2404 / 4096 +
-                                  bgr[3 * i + 2] * 1224 / 4096);
+    const int gray =
+        bgr[3 * i] * 467 / 4096 + bgr[3 * i + 1] * 2404 / 4096 + bgr[3 * i + 2] * 1224 / 4096;
+    grays[i] = static_cast<float>(gray);
   }
   return grays;
 }

@@ -15,7 +15,7 @@ namespace {
 constexpr std::array<int, RoundTrip::kFrames> kGains = {256, 250, 262, 256, 244, 259};
 
 Frame asTaken(const GoldenCapture& capture, const RoundTrip& trip, int index) {
-  const Frame frame = trip.frame(index);
+  Frame frame = trip.frame(index);
   if (!capture.noisy) return frame;
   return withNoise(withGain(frame, kGains.at(static_cast<std::size_t>(index)), 0), 3,
                    static_cast<std::uint64_t>(index) + 40);

@@ -56,7 +56,7 @@ FrameOutcome outcomeAtScale(const ScaleCase& scales, const Frame& reference) {
   settings.frameScale = scales.frameScale;
   CaptureRun run(settings);
   const Frame blank(reference.rows, reference.cols, reference.channels, 128);
-  const FrameOutcome outcome = run.first(reference, blank);
+  FrameOutcome outcome = run.first(reference, blank);
   EXPECT_EQ(outcome.result, -1);
   EXPECT_EQ(run.next(reference).result, -1);
   return outcome;

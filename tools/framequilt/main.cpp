@@ -20,26 +20,13 @@ ExitStatus complain(const char* what) {
   return kBadInput;
 }
 
-ExitStatus run(const StitchOptions& options) {
-  try {
-    const ExitStatus status = stitch(options, std::cout, std::cerr);
-    std::cout.flush();
-    return std::cout ? status : complain("standard output cannot be written");
-  } catch (const ToolError& failure) {
-    return complain(failure.what());
-  } catch (const std::bad_alloc&) {
-    return complain("out of memory: use --scale 2 or smaller pictures");
-  } catch (const cv::Exception& failure) {
-    return complain(failure.err.c_str());
-  }
+ExitStatus runStitch(const StitchOptions& options) {
+  const ExitStatus status = stitch(options, std::cout, std::cerr);
+  std::cout.flush();
+  return std::cout ? status : complain("standard output cannot be written");
 }
 
-}  // namespace
-
-int main(int argc, char** argv) {
-  // Pictures that cannot be read are reported here, in one line and with the remedy.
-  cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
-
+ExitStatus runProgram(int argc, char** argv) {
   CLI::App app("Stitches the frames of a moving camera into one mosaic.", "framequilt");
   app.set_version_flag("--version", "framequilt " FRAMEQUILT_VERSION);
   app.require_subcommand(1);
@@ -50,5 +37,21 @@ int main(int argc, char** argv) {
   } catch (const CLI::ParseError& outcome) {
     return app.exit(outcome) == 0 ? kMosaicWritten : kBadInput;  // 0: --help or --version.
   }
-  return run(options);
+  return runStitch(options);
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  try {
+    // Pictures that cannot be read are reported here, in one line and with the remedy.
+    cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);
+    return runProgram(argc, argv);
+  } catch (const std::bad_alloc&) {
+    return complain("out of memory: use --scale 2 or smaller pictures");
+  } catch (const cv::Exception& failure) {
+    return complain(failure.err.c_str());
+  } catch (const std::exception& failure) {
+    return complain(failure.what());
+  }
 }
