@@ -18,8 +18,8 @@
 /// two threads. The five float planes are released when corners were found and stay otherwise.
 ///
 /// \return True when at least one corner was found. False after one of the lines
-///         "findHarrisCornerCoordianteFun ptr is null" (null image or reduced plane),
-///         "findGradSquareCrossTerms failed", "HarrissCornerSPoint size is 0".
+///         "findHarrisCornerCoordianteFun ptr is null" (null image), "findGradSquareCrossTerms
+///         failed" (reduced plane not allocated), "HarrissCornerSPoint size is 0".
 FRAMEQUILT_EXPORT bool findHarrisCornerCoordianteFun1(unsigned char* gray, imgInfo info,
                                                       std::vector<SPoint>& corners);
 FRAMEQUILT_EXPORT bool findHarrisCornerCoordianteFun2(unsigned char* gray, imgInfo info,
