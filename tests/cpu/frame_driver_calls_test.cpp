@@ -109,13 +109,21 @@ class FrameDriverCalls : public testing::Test {
     script = {};
     GStitchMode = 1;
     GstaticDynamicFlag = 0;
-    ASSERT_TRUE(initJointCpu(kRows, kCols, kChannels, 1, 20000, 20000));
+    start();
   }
 
   void TearDown() override {
     uninitJointCpu();
     GStitchMode = GstaticDynamicFlag = 0;
     scale = 1;
+  }
+
+  static void start() { ASSERT_TRUE(initJointCpu(kRows, kCols, kChannels, 1, 20000, 20000)); }
+
+  static void startAgainAtScale(int factor) {
+    uninitJointCpu();
+    scale = factor;
+    start();
   }
 
   int call(unsigned char* src, unsigned char* dest, int frameIndex) {
@@ -163,10 +171,8 @@ TEST_F(FrameDriverCalls, RefusedStartOfAFrameReachesNoStage) {
 // --- Offset ---
 
 TEST_F(FrameDriverCalls, OffsetIsTakenOfTheWorkingFramesIntoTheRecord) {
-  for (int factor = 1; factor <= 2; ++factor) {
-    uninitJointCpu();
-    scale = factor;
-    ASSERT_TRUE(initJointCpu(kRows, kCols, kChannels, 1, 20000, 20000));
+  for (const int factor : {1, 2}) {
+    startAgainAtScale(factor);
     first();
     EXPECT_EQ(script.offset.img1, theSorImageScale);
     EXPECT_EQ(script.offset.img2, thedestImageScale);
@@ -252,10 +258,8 @@ TEST_F(FrameDriverCalls, PlanesOfThePairStayAfterAFrameWithoutOffset) {
 // --- Motion ---
 
 TEST_F(FrameDriverCalls, MotionIsMeasuredAtFullSizeAgainstTheFrameBefore) {
-  for (int factor = 1; factor <= 2; ++factor) {
-    uninitJointCpu();
-    scale = factor;
-    ASSERT_TRUE(initJointCpu(kRows, kCols, kChannels, 1, 20000, 20000));
+  for (const int factor : {1, 2}) {
+    startAgainAtScale(factor);
     first();
     EXPECT_EQ(script.motion.previous, thedestImage_pre);
     EXPECT_EQ(script.motion.current, thedestImageScale);

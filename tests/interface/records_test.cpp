@@ -7,6 +7,8 @@
 #include <opencv2/core/types.hpp>
 #include <type_traits>
 
+#include "tests/support/same_types.h"
+
 namespace {
 
 template <class Record>
@@ -41,9 +43,6 @@ TEST(Records, PointIsLaidOutLikeThatOfOpencv) {
   EXPECT_EQ(same.x, -3);
   EXPECT_EQ(same.y, 70000);
 }
-
-template <class T, class... Fields>
-constexpr bool kAreAll = (std::is_same_v<T, Fields> && ...);
 
 TEST(Records, FieldsAreWholeNumbersButForTheMeasures) {
   EXPECT_TRUE((kAreAll<int, decltype(imgInfo::reserved), decltype(imgInfo::channels),

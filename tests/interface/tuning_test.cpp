@@ -4,8 +4,9 @@
 #include <gtest/gtest.h>
 
 #include <iterator>
-#include <type_traits>
 #include <vector>
+
+#include "tests/support/same_types.h"
 
 namespace {
 
@@ -28,9 +29,7 @@ TEST(TuningDefaults, HostBackend) {
   EXPECT_EQ(countJ, 10000);
 }
 
-/// A host declares the parameters itself, so their types are part of the library's face.
-template <class T, class... Globals>
-constexpr bool kAreAll = (std::is_same_v<T, Globals> && ...);
+// A host declares the parameters itself, so their types are part of the library's face.
 
 TEST(Tuning, WholeNumbersAreThirtyTwoBits) {
   EXPECT_EQ(sizeof(int), 4U);

@@ -7,6 +7,7 @@
 #include <opencv2/core.hpp>
 #include <ostream>
 #include <string>
+#include <tuple>
 #include <vector>
 
 #include "cpu/run_state.h"
@@ -24,78 +25,51 @@ constexpr int kCols = 320;
 constexpr SPoint kBeforeLast = {320, 150};
 constexpr SPoint kLast = {320, 230};
 
-enum class Bad { still, jump, blank, black, noise };
-
-std::string nameOf(Bad bad) {
-  switch (bad) {
-    case Bad::still:
-      return "Still";
-    case Bad::jump:
-      return "Jump";
-    case Bad::blank:
-      return "Blank";
-    case Bad::black:
-      return "Black";
-    case Bad::noise:
-      return "Noise";
-  }
-  return {};
-}
-
 /// A frame that does not continue one at kBeforeLast.
-Frame badFrame(Bad bad, const Scene& scene) {
-  switch (bad) {
-    case Bad::still:
-      return scene.cut(kBeforeLast.x, kBeforeLast.y, kRows, kCols);
-    case Bad::jump:
-      return Scene(kRows, kCols, 3, 99).picture();
-    case Bad::blank:
-      return {kRows, kCols, 3, 128};
-    case Bad::black:
-      return {kRows, kCols, 3, 0};
-    case Bad::noise:
-      return noiseFrame(kRows, kCols, 3, 5);
-  }
-  return {};
-}
-
-struct Refusal {
-  Bad bad;
-  int stitchMode;
+struct BadFrame {
+  const char* name;
+  Frame (*of)(const Scene& scene);
+  int result;
 };
 
-void PrintTo(const Refusal& refusal, std::ostream* out) {
-  *out << nameOf(refusal.bad) << " in mode " << refusal.stitchMode;
-}
+const BadFrame kBadFrames[] = {
+    // It has an offset, only one too small to be worth blending.
+    {"Still",
+     [](const Scene& scene) { return scene.cut(kBeforeLast.x, kBeforeLast.y, kRows, kCols); }, 0},
+    {"Jump", [](const Scene&) { return Scene(kRows, kCols, 3, 99).picture(); }, -1},
+    {"Blank", [](const Scene&) { return Frame(kRows, kCols, 3, 128); }, -1},
+    {"Black", [](const Scene&) { return Frame(kRows, kCols, 3, 0); }, -1},
+    {"Noise", [](const Scene&) { return noiseFrame(kRows, kCols, 3, 5); }, -1},
+};
 
-class Refusals : public testing::TestWithParam<Refusal> {};
+void PrintTo(const BadFrame& bad, std::ostream* out) { *out << bad.name; }
+
+/// A bad frame and the stitch mode.
+class Refusals : public testing::TestWithParam<std::tuple<BadFrame, int>> {};
 
 INSTANTIATE_TEST_SUITE_P(, Refusals,
-                         testing::Values(Refusal{Bad::still, 1}, Refusal{Bad::jump, 1},
-                                         Refusal{Bad::blank, 1}, Refusal{Bad::black, 1},
-                                         Refusal{Bad::noise, 1}, Refusal{Bad::still, 0},
-                                         Refusal{Bad::jump, 0}, Refusal{Bad::blank, 0},
-                                         Refusal{Bad::black, 0}, Refusal{Bad::noise, 0}),
+                         testing::Combine(testing::ValuesIn(kBadFrames), testing::Values(1, 0)),
                          [](const auto& instance) {
-                           return nameOf(instance.param.bad) +
-                                  (instance.param.stitchMode == 0 ? "Overlap" : "Motion");
+                           return std::get<0>(instance.param).name +
+                                  std::string(std::get<1>(instance.param) == 0 ? "Overlap"
+                                                                               : "Motion");
                          });
 
 TEST_P(Refusals, LeaveTheMosaicAloneAndTheNextFrameGoesOn) {
+  const auto& [bad, stitchMode] = GetParam();
   const Scene scene(560, 700, 3, 11);
   const auto frameAt = [&](SPoint at) { return scene.cut(at.x, at.y, kRows, kCols); };
   RunSettings settings;
   settings.channels = 3;
-  settings.stitchMode = GetParam().stitchMode;
+  settings.stitchMode = stitchMode;
   CaptureRun run(settings);
   const FrameOutcome before = run.first(frameAt({200, 150}), frameAt(kBeforeLast));
   ASSERT_TRUE(before.joined());
   const cv::Mat mosaicBefore = before.mosaic.clone();
 
-  const FrameOutcome refused = run.next(badFrame(GetParam().bad, scene));
+  const FrameOutcome refused = run.next(bad.of(scene));
   EXPECT_FALSE(refused.joined());
-  // A still frame has an offset, it is only too small to be worth blending.
-  EXPECT_EQ(refused.result, GetParam().bad == Bad::still ? 0 : -1);
+  EXPECT_EQ(refused.result, bad.result);
   EXPECT_EQ(refused.flags.position, before.flags.position);
   EXPECT_EQ(refused.topLeft, before.topLeft);
   EXPECT_EQ(refused.bottomRight, before.bottomRight);

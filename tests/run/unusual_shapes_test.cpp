@@ -66,6 +66,12 @@ SPoint startOf(const Frame& frame, int scaleOfRun) {
   return firstPosition(RunSettings::forFrame(frame), scaleOfRun);
 }
 
+/// Source pixel of packed pixel `index` when every `step`th pixel of a frame `cols` wide is taken
+/// into rows of `packedCols`.
+std::ptrdiff_t sampledFrom(int index, int packedCols, int step, int cols) {
+  return std::ptrdiff_t{index / packedCols * step} * cols + index % packedCols * step;
+}
+
 TEST(UnusualScale, ThreeTakesEveryThirdPixel) {
   for (const int channels : {1, 3}) {
     const Frame reference = randomFrame(120, 159, channels);
@@ -78,10 +84,7 @@ TEST(UnusualScale, ThreeRoundsTheWidthUpAndShearsTheFrame) {
   // 161 / 3 rounds to 54, the mosaic takes 53 columns.
   const Frame reference = randomFrame(120, 161, 3);
   expectReferencePlaced(outcomeAtScale({3, 3}, reference), reference, startOf(reference, 3), 40, 53,
-                        [](int r, int c) {
-                          const int packed = r * 53 + c;
-                          return (packed / 54 * 3) * 161 + packed % 54 * 3;
-                        });
+                        [](int r, int c) { return sampledFrom(r * 53 + c, 54, 3, 161); });
 }
 
 TEST(UnusualScale, FourTakesEveryFourthPixel) {
@@ -104,7 +107,7 @@ TEST(UnusualScale, FrameScaledMoreThanTheRunFillsItsStart) {
   expectReferencePlaced(outcomeAtScale({1, 2}, reference), reference, startOf(reference, 1), 60, 90,
                         [](int r, int c) {
                           const int packed = r * 90 + c;
-                          return packed < 30 * 45 ? (packed / 45 * 2) * 90 + packed % 45 * 2 : -1;
+                          return packed < 30 * 45 ? sampledFrom(packed, 45, 2, 90) : -1;
                         });
 }
 
@@ -113,10 +116,7 @@ TEST(UnusualScale, FrameScaledLessThanTheRunIsCutOff) {
   expectReferencePlaced(outcomeAtScale({2, 1}, reference), reference, startOf(reference, 2), 30, 45,
                         [](int r, int c) { return r * 45 + c; });
   expectReferencePlaced(outcomeAtScale({4, 2}, reference), reference, startOf(reference, 4), 15, 22,
-                        [](int r, int c) {
-                          const int packed = r * 22 + c;
-                          return (packed / 45 * 2) * 90 + packed % 45 * 2;
-                        });
+                        [](int r, int c) { return sampledFrom(r * 22 + c, 45, 2, 90); });
 }
 
 TEST(UnusualScale, LargerThanTheFrameLeavesNothingToPlace) {
