@@ -5,10 +5,12 @@
 #include <cmath>
 #include <cstddef>
 #include <cstring>
+#include <mutex>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
+#include "cpu/call_record.h"
 #include "cpu/mosaic_blend.h"
 #include "cpu/offset_estimation.h"
 #include "cpu/run_state.h"
@@ -22,6 +24,7 @@
 #include "imaging/region.h"
 #include "imaging/resize.h"
 #include "imaging/run_buffer.h"
+#include "interface/mosaic_lock.h"
 #include "interface/report.h"
 
 namespace {
@@ -55,6 +58,16 @@ void bringToWorkingSize(unsigned char* frame, imgInfo info, int frameScale, unsi
                                 capacity);
 }
 
+/// Makes a new mosaic and copies the reference into it.
+bool placeReference(int channels, SPoint start, SPoint end, cv::Mat& mosaic) {
+  const std::lock_guard lock(framequilt::mosaicMutex());
+  mosaic =
+      cv::Mat::zeros(kFirstMosaicSide, kFirstMosaicSide, isColour(channels) ? CV_8UC3 : CV_8UC1);
+  return willSmallImgToBigImgAssignRowCol(theSorImageScale, imgScaleRow, imgScaleCol, start.y,
+                                          end.y, start.x, end.x, mosaic.rows, mosaic.cols, channels,
+                                          mosaic.data);
+}
+
 /// Puts the first frame of a run into the middle of a new mosaic.
 bool startMosaic(int channels, SPoint& outLeft, SPoint& outRight, cv::Mat& mosaic,
                  stitchflags& flags) {
@@ -63,13 +76,7 @@ bool startMosaic(int channels, SPoint& outLeft, SPoint& outRight, cv::Mat& mosai
   flags.position = start;
   outLeft = start;
   outRight = {start.x + imgScaleCol, start.y + imgScaleRow};
-  mosaic =
-      cv::Mat::zeros(kFirstMosaicSide, kFirstMosaicSide, isColour(channels) ? CV_8UC3 : CV_8UC1);
-  if (willSmallImgToBigImgAssignRowCol(theSorImageScale, imgScaleRow, imgScaleCol, outLeft.y,
-                                       outRight.y, outLeft.x, outRight.x, mosaic.rows, mosaic.cols,
-                                       channels, mosaic.data)) {
-    return true;
-  }
+  if (placeReference(channels, outLeft, outRight, mosaic)) return true;
   framequilt::report("willSmallImgToBigImgAssignRowCol failed");
   return false;
 }
@@ -90,6 +97,7 @@ void judgeByMotion(imgInfo destInfo, int referenceChannels, stitchflags& flags) 
   framequilt::allocateMotionPlanes();
   const int motion = imageMotionModel(thedestImage_pre, thedestImageScale, destInfo.rows,
                                       destInfo.cols, destInfo.channels, destInfo.channels);
+  framequilt::setMotionOfCall(motion);
   flags.stitch_flags = motion < motionValueThCpu ? 1 : 0;
   std::memcpy(thedestImage_pre, thedestImageScale, workingBytes(referenceChannels));
 }
@@ -190,16 +198,20 @@ bool canBlend(const Shift& shift, int matchNum) {
          (1.0F - ImageOverlap_minCpu) * side > distance && matchNum >= kFewestPairs;
 }
 
+void blend(unsigned char* dest) {
+  const std::lock_guard lock(framequilt::mosaicMutex());
+  stitchingImageImageblendCpu(mosaicImgCpu, dest, thedestImageInfoCpu, flagsCpu, outbordLeftCpu,
+                              outbordRightCpu, {}, outbordLeftCpu, outbordRightCpu,
+                              flagsCpu.position, theSorImageInfoCpu, mosaicImgCpu, theSorImageTemp);
+}
+
 /// Blends a frame that qualified; where it cannot, the next frame is matched against the reference
 /// of this call again.
 void blendOrKeepReference(unsigned char* dest) {
   const Shift shift = largerShift(flagsCpu);
   if (canBlend(shift, flagsCpu.matchNum) &&
       holdsFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
-    stitchingImageImageblendCpu(mosaicImgCpu, dest, thedestImageInfoCpu, flagsCpu, outbordLeftCpu,
-                                outbordRightCpu, {}, outbordLeftCpu, outbordRightCpu,
-                                flagsCpu.position, theSorImageInfoCpu, mosaicImgCpu,
-                                theSorImageTemp);
+    blend(dest);
     framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
   } else {
     std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));

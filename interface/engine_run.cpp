@@ -1,0 +1,90 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "interface/engine_run.h"
+
+#include "cpu/call_record.h"
+#include "framequilt/framequilt.h"
+#include "framequilt/tuning.h"
+#include "interface/session_options.h"
+
+namespace framequilt {
+namespace {
+
+bool start(const SessionOptions& options) {
+  return initJoint(options.rows, options.cols, options.channels, options.cornerBudget,
+                   options.maxRows, options.maxCols, options.criterion == Criterion::kMotion ? 1 : 0,
+                   options.dynamicScene ? 1 : 0);
+}
+
+/// In working pixels. The engine's strips invert the vertical sense where the view moves left.
+cv::Point forEngine(cv::Point hint, int scale) {
+  return {hint.x / scale, (hint.x < 0 ? -hint.y : hint.y) / scale};
+}
+
+}  // namespace
+
+EngineRun::EngineRun(const SessionOptions& options) : options_(options), formerScale_(::scale) {
+  ::scale = options.scale;
+  bool started = false;
+  try {
+    started = start(options);
+  } catch (...) {
+    uinitJoint();
+    ::scale = formerScale_;
+    throw;
+  }
+  if (started) return;
+  uinitJoint();
+  ::scale = formerScale_;
+  throw Error(ErrorCode::kStartFailed,
+              "the worker threads could not be started: close other programs and try again");
+}
+
+EngineRun::~EngineRun() {
+  uinitJoint();
+  ::scale = formerScale_;
+}
+
+EngineCall EngineRun::begin(cv::Mat& reference, cv::Mat& frame, std::optional<cv::Point> hint) {
+  const cv::Point middle = firstPosition();
+  record_.position = {middle.x, middle.y};
+  return call(reference.data, frame, hint);
+}
+
+EngineCall EngineRun::next(cv::Mat& frame, std::optional<cv::Point> hint) {
+  return call(nullptr, frame, hint);
+}
+
+EngineCall EngineRun::call(unsigned char* reference, cv::Mat& frame,
+                           std::optional<cv::Point> hint) {
+  const cv::Point previous = position();
+  const cv::Point displacement = forEngine(hint.value_or(cv::Point()), options_.scale);
+  forgetMeasures();
+  EngineCall call;
+  call.result = stichingImagedJoint(reference, frame.data, reference != nullptr ? 0 : 1,
+                                    options_.scale, displacement.x, displacement.y,
+                                    hint.has_value(), topLeft_, bottomRight_, matrix_, record_);
+  call.record = record_;
+  call.motion = motionOfCall();
+  // Of all the fields, the position alone changes with every blended frame and with no other.
+  call.blended = call.result >= 0 && position() != previous;
+  if (call.blended) {
+    call.growth = position() - previous - cv::Point(record_.offsetX, record_.offsetY);
+  }
+  const bool overwritten = options_.criterion == Criterion::kOverlap && call.result >= 0 &&
+                           record_.stitch_flags != 1;
+  if (overwritten) restoreReference();
+  return call;
+}
+
+cv::Rect EngineRun::filledBox() const {
+  const cv::Rect box(topLeft_.x, topLeft_.y, bottomRight_.x - topLeft_.x,
+                     bottomRight_.y - topLeft_.y);
+  return box & cv::Rect({}, matrix_.size());
+}
+
+cv::Point EngineRun::firstPosition() const {
+  return {kNewMosaicSide / 2 - options_.cols / options_.scale / 2,
+          kNewMosaicSide / 2 - options_.rows / options_.scale / 2};
+}
+
+}  // namespace framequilt

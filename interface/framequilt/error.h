@@ -1,0 +1,31 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <stdexcept>
+#include <string>
+
+#include "export.h"
+
+namespace framequilt {
+
+enum class ErrorCode {
+  kInvalidOption,  ///< An option is out of its range; no session was opened.
+  kSessionOpen,    ///< Another session of this process is open.
+  kStartFailed,    ///< The worker threads could not be started.
+  kInvalidFrame,   ///< A frame does not fit the session; the session goes on.
+  kStopped,        ///< The session was stopped: it takes no more frames.
+  kOutOfMemory,    ///< The frame could not be taken; the mosaic so far stays.
+  kEngineFailed,   ///< Likewise, for another reason.
+};
+
+/// What a session throws: one line that says what is wrong and what to do.
+class FRAMEQUILT_EXPORT Error : public std::runtime_error {
+ public:
+  Error(ErrorCode code, const std::string& what) : std::runtime_error(what), code_(code) {}
+  ErrorCode code() const noexcept { return code_; }
+
+ private:
+  ErrorCode code_;
+};
+
+}  // namespace framequilt

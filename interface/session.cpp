@@ -1,0 +1,282 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "framequilt/session.h"
+
+#include <atomic>
+#include <cstdlib>
+#include <new>
+#include <opencv2/core.hpp>
+#include <string>
+
+#include "interface/engine_run.h"
+#include "interface/frame_copy.h"
+#include "interface/judgement.h"
+#include "interface/published_mosaic.h"
+#include "interface/session_options.h"
+
+namespace framequilt {
+namespace {
+
+/// Hints that add up, however many and large they are.
+using Movement = cv::Point_<std::int64_t>;
+
+/// Frames that may fail beside the same first frame.
+constexpr int kMostFailures = 3;
+
+/// The right to be the one session of the process.
+class OneAtATime {
+ public:
+  OneAtATime() {
+    if (taken().exchange(true)) {
+      throw Error(ErrorCode::kSessionOpen, "another session is open: stop it first");
+    }
+  }
+  ~OneAtATime() { taken() = false; }
+  OneAtATime(const OneAtATime&) = delete;
+  OneAtATime& operator=(const OneAtATime&) = delete;
+
+ private:
+  static std::atomic<bool>& taken() {
+    static std::atomic<bool> flag{false};
+    return flag;
+  }
+};
+
+/// Runs `action`; what the engine throws leaves as an `Error`.
+template <class Action>
+auto withClearErrors(Action action) {
+  const char* const noMemory =
+      "out of memory: the mosaic so far stays; use scale 2 or begin another mosaic";
+  try {
+    return action();
+  } catch (const std::bad_alloc&) {
+    throw Error(ErrorCode::kOutOfMemory, noMemory);
+  } catch (const cv::Exception& failure) {
+    if (failure.code == cv::Error::StsNoMem) throw Error(ErrorCode::kOutOfMemory, noMemory);
+    throw Error(ErrorCode::kEngineFailed,
+                "stitching failed (" + failure.err + "): the mosaic so far stays");
+  }
+}
+
+std::string sizeText(int rows, int cols) {
+  return std::to_string(cols) + " x " + std::to_string(rows) + " pixels";
+}
+
+}  // namespace
+
+class Session::Impl {
+ public:
+  explicit Impl(const SessionOptions& options)
+      : options_(checked(options)),
+        one_(std::make_unique<OneAtATime>()),
+        run_(withClearErrors([&] { return std::make_unique<EngineRun>(options_); })) {}
+
+  FrameResult add(const FrameView& frame, std::optional<cv::Point> hint);
+  void stop() noexcept {
+    run_.reset();
+    one_.reset();
+  }
+
+  const SessionOptions& options() const { return options_; }
+  const PublishedMosaic& mosaic() const { return mosaic_; }
+  std::int64_t firstFrame() const { return firstFrame_; }
+  int mosaicType() const { return options_.channels == 1 ? CV_8UC1 : CV_8UC3; }
+
+ private:
+  void requireUsable(const FrameView& frame) const;
+  bool goesOn(Stage stage) const;
+  FrameResult decide(const FrameView& frame, std::optional<cv::Point> hint);
+  FrameResult waiting(cv::Mat frame);
+  FrameResult refusedAsFull() const;
+  EngineCall stitch(cv::Mat& frame, std::optional<cv::Point> movement);
+  void join(const EngineCall& call, FrameResult& result);
+  void replaceFirst(const FrameView& frame, FrameResult& result);
+  std::optional<Movement> movementWith(std::optional<cv::Point> hint) const;
+  std::optional<cv::Point> usable(std::optional<Movement> movement) const;
+  double mosaicPixels() const;
+
+  SessionOptions options_;
+  std::unique_ptr<OneAtATime> one_;
+  std::unique_ptr<EngineRun> run_;
+  PublishedMosaic mosaic_;
+
+  std::int64_t frames_ = 0;
+  std::int64_t firstFrame_ = 0;
+  cv::Mat first_;                // Until the run keeps a reference of its own.
+  bool keepsReference_ = false;  // A pair has qualified.
+  bool anyJoined_ = false;
+  bool full_ = false;
+  int failures_ = 0;  // Frames refused beside this first frame.
+  cv::Point origin_;  // Of the first frame, in the mosaic with its margins as it is now.
+  // From the frame that the next one is matched with to the newest; none once a hint is missing.
+  std::optional<Movement> movement_ = Movement();
+};
+
+FrameResult Session::Impl::add(const FrameView& frame, std::optional<cv::Point> hint) {
+  requireUsable(frame);
+  FrameResult result = decide(frame, hint);
+  result.frame = frames_;
+  if (result.verdict == Verdict::kCancelled) return result;
+  const bool isReference = result.verdict != Verdict::kRefused || result.becameFirst;
+  movement_ = isReference ? Movement() : movementWith(hint);
+  goesOn(Stage::kDone);
+  ++frames_;
+  return result;
+}
+
+void Session::Impl::requireUsable(const FrameView& frame) const {
+  if (run_ == nullptr) {
+    throw Error(ErrorCode::kStopped, "the session was stopped: open another one");
+  }
+  if (frame.rows != options_.rows || frame.cols != options_.cols) {
+    throw Error(ErrorCode::kInvalidFrame,
+                "frame " + std::to_string(frames_) + " has " + sizeText(frame.rows, frame.cols) +
+                    ", the session's frames have " + sizeText(options_.rows, options_.cols) +
+                    ": give frames of one size");
+  }
+  if (frame.pixels == nullptr) {
+    throw Error(ErrorCode::kInvalidFrame,
+                "frame " + std::to_string(frames_) + " has no pixels: give a pointer to them");
+  }
+}
+
+bool Session::Impl::goesOn(Stage stage) const {
+  return !options_.onProgress || options_.onProgress({stage, frames_});
+}
+
+FrameResult Session::Impl::decide(const FrameView& frame, std::optional<cv::Point> hint) {
+  FrameResult result;
+  result.verdict = Verdict::kCancelled;
+  if (!goesOn(Stage::kCopying)) return result;
+  if (full_) return refusedAsFull();
+  cv::Mat copy = withClearErrors([&] { return frameCopy(frame, options_.channels); });
+  if (first_.empty() && !keepsReference_) return waiting(std::move(copy));
+  if (!goesOn(Stage::kStitching)) return result;
+
+  const EngineCall call =
+      withClearErrors([&] { return stitch(copy, usable(movementWith(hint))); });
+  full_ = call.result == 1;
+  const Judgement judgement = judge(call, options_);
+  result.verdict = call.blended ? Verdict::kJoined : Verdict::kRefused;
+  result.reason = judgement.reason;
+  result.judged = judgement.judged;
+  result.measures = judgement.measures;
+  result.full = full_;
+  if (call.blended) {
+    join(call, result);
+  } else {
+    replaceFirst(frame, result);
+  }
+  return result;
+}
+
+FrameResult Session::Impl::waiting(cv::Mat frame) {
+  first_ = std::move(frame);
+  firstFrame_ = frames_;
+  FrameResult result;
+  result.verdict = Verdict::kWaiting;
+  return result;
+}
+
+FrameResult Session::Impl::refusedAsFull() const {
+  FrameResult result;
+  result.verdict = Verdict::kRefused;
+  result.reason = Refusal::kMosaicFull;
+  result.judged = {mosaicPixels(), static_cast<double>(options_.maxRows) * options_.maxCols};
+  result.full = true;
+  return result;
+}
+
+double Session::Impl::mosaicPixels() const {
+  return static_cast<double>(run_->matrix().rows) * run_->matrix().cols;
+}
+
+/// Until a pair has qualified the run keeps no reference: the first frame goes along again, and the
+/// mosaic is begun anew.
+EngineCall Session::Impl::stitch(cv::Mat& frame, std::optional<cv::Point> movement) {
+  if (keepsReference_) return run_->next(frame, movement);
+  // The overlap criterion overwrites it.
+  cv::Mat reference = options_.criterion == Criterion::kOverlap ? first_.clone() : first_;
+  EngineCall call = run_->begin(reference, frame, movement);
+  if (call.result >= 0 && call.record.stitch_flags == 1) {
+    keepsReference_ = true;
+    first_.release();
+  }
+  return call;
+}
+
+void Session::Impl::join(const EngineCall& call, FrameResult& result) {
+  const cv::Rect before = mosaic_.steadyBox();
+  if (!anyJoined_) origin_ = run_->firstPosition();
+  origin_ += call.growth;
+  mosaic_.publish(run_->matrix(), run_->filledBox(), origin_);
+
+  const cv::Rect box = mosaic_.steadyBox();
+  const cv::Size size(options_.cols / options_.scale, options_.rows / options_.scale);
+  const cv::Point steady = run_->position() - origin_;
+  result.placement = steady * options_.scale;
+  result.mosaicPosition = steady - box.tl();
+  result.changed = cv::Rect(result.mosaicPosition, size);
+  if (anyJoined_) {
+    result.growthShift = before.tl() - box.tl();
+  } else {
+    result.changed |= cv::Rect(-box.tl(), size);  // The first frame appears along with it.
+  }
+  anyJoined_ = true;
+}
+
+/// A first frame that nothing joins gives way to the newest one. One that hardly moved is no sign
+/// against it.
+void Session::Impl::replaceFirst(const FrameView& frame, FrameResult& result) {
+  if (anyJoined_ || result.reason == Refusal::kMovedTooLittle) return;
+  if (++failures_ < kMostFailures) return;
+  // Copied again: the overlap criterion has overwritten the copy that was stitched.
+  first_ = withClearErrors([&] { return frameCopy(frame, options_.channels); });
+  firstFrame_ = frames_;
+  keepsReference_ = false;
+  failures_ = 0;
+  result.becameFirst = true;
+}
+
+/// From the frame that the newest one is matched with to the newest one.
+std::optional<Movement> Session::Impl::movementWith(std::optional<cv::Point> hint) const {
+  if (!movement_ || !hint) return std::nullopt;
+  return *movement_ + Movement(*hint);
+}
+
+/// None where the frames would not overlap.
+std::optional<cv::Point> Session::Impl::usable(std::optional<Movement> movement) const {
+  if (!movement || std::abs(movement->x) >= options_.cols ||
+      std::abs(movement->y) >= options_.rows) {
+    return std::nullopt;
+  }
+  return cv::Point(*movement);
+}
+
+std::string explain(const FrameResult& result) { return explain(result.reason, result.judged); }
+
+Session::Session(const SessionOptions& options) : impl_(std::make_unique<Impl>(options)) {}
+Session::~Session() = default;
+
+FrameResult Session::add(const FrameView& frame, std::optional<cv::Point> hint) {
+  return impl_->add(frame, hint);
+}
+FrameResult Session::add(const cv::Mat& frame, std::optional<cv::Point> hint) {
+  return impl_->add(viewOf(frame), hint);
+}
+
+cv::Mat Session::mosaic() const { return impl_->mosaic().view(); }
+cv::Rect Session::steadyBox() const { return impl_->mosaic().steadyBox(); }
+cv::Mat Session::copyRegion(const cv::Rect& region) const {
+  if (region.width < 0 || region.height < 0) {
+    throw Error(ErrorCode::kInvalidOption,
+                "the region has a negative size: give its top-left corner, width and height");
+  }
+  return withClearErrors([&] { return impl_->mosaic().copy(region, impl_->mosaicType()); });
+}
+
+void Session::stop() noexcept { impl_->stop(); }
+int Session::scale() const { return impl_->options().scale; }
+std::int64_t Session::firstFrame() const { return impl_->firstFrame(); }
+std::string_view Session::backend() const { return "host"; }
+
+}  // namespace framequilt
