@@ -11,13 +11,14 @@ namespace {
 
 bool start(const SessionOptions& options) {
   return initJoint(options.rows, options.cols, options.channels, options.cornerBudget,
-                   options.maxRows, options.maxCols, options.criterion == Criterion::kMotion ? 1 : 0,
-                   options.dynamicScene ? 1 : 0);
+                   options.maxRows, options.maxCols,
+                   options.criterion == Criterion::kMotion ? 1 : 0, options.dynamicScene ? 1 : 0);
 }
 
 /// In working pixels. The engine's strips invert the vertical sense where the view moves left.
 cv::Point forEngine(cv::Point hint, int scale) {
-  return {hint.x / scale, (hint.x < 0 ? -hint.y : hint.y) / scale};
+  const cv::Point working(hint.x / scale, hint.y / scale);
+  return {working.x, working.x < 0 ? -working.y : working.y};
 }
 
 }  // namespace
@@ -70,8 +71,8 @@ EngineCall EngineRun::call(unsigned char* reference, cv::Mat& frame,
   if (call.blended) {
     call.growth = position() - previous - cv::Point(record_.offsetX, record_.offsetY);
   }
-  const bool overwritten = options_.criterion == Criterion::kOverlap && call.result >= 0 &&
-                           record_.stitch_flags != 1;
+  const bool overwritten =
+      options_.criterion == Criterion::kOverlap && call.result >= 0 && record_.stitch_flags != 1;
   if (overwritten) restoreReference();
   return call;
 }

@@ -52,8 +52,8 @@ cv::Mat frameCopy(const FrameView& frame, int channels) {
       static_cast<std::size_t>(frame.cols) * static_cast<std::size_t>(layout.bytes);
   const std::size_t stride = frame.strideBytes != 0 ? frame.strideBytes : packed;
   const bool toGray = channels == 1 && layout.bytes != 1;
-  std::vector<unsigned char> colourRow(
-      toGray ? 3 * static_cast<std::size_t>(frame.cols) : std::size_t{0});
+  std::vector<unsigned char> colourRow(toGray ? 3 * static_cast<std::size_t>(frame.cols)
+                                              : std::size_t{0});
 
   cv::Mat copy(frame.rows, frame.cols, channels == 1 ? CV_8UC1 : CV_8UC3);
   for (int r = 0; r < frame.rows; ++r) {
@@ -74,7 +74,8 @@ cv::Mat frameCopy(const FrameView& frame, int channels) {
 
 FrameView viewOf(const cv::Mat& frame) {
   const int channels = frame.channels();
-  if (frame.depth() != CV_8U || frame.dims > 2 || (channels != 1 && channels != 3 && channels != 4)) {
+  if (frame.depth() != CV_8U || frame.dims > 2 ||
+      (channels != 1 && channels != 3 && channels != 4)) {
     throw Error(ErrorCode::kInvalidFrame,
                 "a frame has to have 8 bits and 1, 3 or 4 channels: convert it first");
   }

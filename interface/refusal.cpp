@@ -18,8 +18,7 @@ constexpr std::array<RefusalWords, 9> kWords = {{
      "let frames overlap more, or raise the corner budget"},
     {"moved too little", "moved by", "%", "needs more than",
      "nothing is lost: move on, or hand over fewer frames"},
-    {"moved too far", "overlap", "%", "needs more than",
-     "slow down or take frames more often"},
+    {"moved too far", "overlap", "%", "needs more than", "slow down or take frames more often"},
     {"moving scene", "change", "gray levels", "needs less than",
      "let the scene come to rest, or treat it as static"},
     {"brightness differs", "difference", "gray levels", "needs less than",
@@ -48,9 +47,7 @@ std::string withUnit(double number, std::string_view unit) {
 
 }  // namespace
 
-const RefusalWords& wordsFor(Refusal reason) {
-  return kWords.at(static_cast<std::size_t>(reason));
-}
+const RefusalWords& wordsFor(Refusal reason) { return kWords.at(static_cast<std::size_t>(reason)); }
 
 std::string explain(Refusal reason, const Measure& measure) {
   if (reason == Refusal::kNone) return {};

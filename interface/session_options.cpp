@@ -44,9 +44,9 @@ SessionOptions checked(const SessionOptions& options) {
   require(options.maxRows > 0 && options.maxCols > 0,
           "maxRows and maxCols have to be positive, not " + std::to_string(options.maxRows) +
               " and " + std::to_string(options.maxCols));
-  require(std::int64_t{options.maxRows} * options.maxCols <=
-              std::numeric_limits<std::int32_t>::max(),
-          "maxRows x maxCols has to stay below 2147483648 pixels: lower one of them");
+  require(
+      std::int64_t{options.maxRows} * options.maxCols <= std::numeric_limits<std::int32_t>::max(),
+      "maxRows x maxCols has to stay below 2147483648 pixels: lower one of them");
 
   SessionOptions decided = options;
   if (options.scale == kAutoScale) {

@@ -107,13 +107,13 @@ enum class Verdict {
 
 /// What this frame's own call measured. A value is there only where the engine came so far.
 struct Measures {
-  Measure matches;                   ///< Pairs of corners that agree; at least the limit.
-  std::optional<cv::Point> offset;   ///< Since the frame it was matched with, in frame pixels.
-  std::optional<Measure> moved;      ///< Percent of the side it moved along; more than the limit.
-  std::optional<Measure> overlap;    ///< Percent of that side; more than the limit.
-  std::optional<Measure> change;     ///< Motion criterion, gray levels; less than the limit.
-  std::optional<Measure> brightness; ///< Overlap criterion: difference; less than the limit.
-  std::optional<Measure> sharpness;  ///< Overlap criterion: difference; less than the limit.
+  Measure matches;                    ///< Pairs of corners that agree; at least the limit.
+  std::optional<cv::Point> offset;    ///< Since the frame it was matched with, in frame pixels.
+  std::optional<Measure> moved;       ///< Percent of the side it moved along; more than the limit.
+  std::optional<Measure> overlap;     ///< Percent of that side; more than the limit.
+  std::optional<Measure> change;      ///< Motion criterion, gray levels; less than the limit.
+  std::optional<Measure> brightness;  ///< Overlap criterion: difference; less than the limit.
+  std::optional<Measure> sharpness;   ///< Overlap criterion: difference; less than the limit.
 };
 
 /// What became of one frame.
@@ -180,8 +180,8 @@ class FRAMEQUILT_EXPORT Session {
   /// Ends the run and its threads; the mosaic stays. Without effect after the first time.
   void stop() noexcept;
 
-  int scale() const;             ///< Frame pixels per mosaic pixel: 1 or 2.
-  std::int64_t firstFrame() const;  ///< The frame that lies, or is to lie, at placement (0, 0).
+  int scale() const;                 ///< Frame pixels per mosaic pixel: 1 or 2.
+  std::int64_t firstFrame() const;   ///< The frame that lies, or is to lie, at placement (0, 0).
   std::string_view backend() const;  ///< What does the work: "host".
 
  private:

@@ -78,6 +78,12 @@ TEST(SessionHints, AreBroughtToMosaicPixels) {
   EXPECT_EQ(seenOf({31, -9}, 2), "15 -4");
 }
 
+TEST(SessionHints, OfLessThanAMosaicPixelToTheLeftKeepTheirRows) {
+  // The engine sees no movement to the left there, so it inverts nothing.
+  EXPECT_EQ(seenOf({-1, 40}, 2), "0 20");
+  EXPECT_EQ(seenOf({-2, 40}, 2), "-1 -20");
+}
+
 TEST(SessionHints, OfAFirstFrameAreIgnored) {
   EXPECT_EQ(seenHints({kJoined, kJoined}, {cv::Point(70, 30), cv::Point(20, 5), cv::Point(4, 6)}),
             (Seen{"20 5", "4 6"}));
