@@ -152,9 +152,9 @@ FrameResult Session::Impl::decide(const FrameView& frame, std::optional<cv::Poin
   if (first_.empty() && !keepsReference_) return waiting(std::move(copy));
   if (!goesOn(Stage::kStitching)) return result;
 
-  const EngineCall call =
-      withClearErrors([&] { return stitch(copy, usable(movementWith(hint))); });
-  full_ = call.result == 1;
+  const EngineCall call = withClearErrors([&] { return stitch(copy, usable(movementWith(hint))); });
+  // The engine also says so of a mosaic in which only a first frame lies that may give way yet.
+  full_ = call.result == 1 && (anyJoined_ || call.blended);
   const Judgement judgement = judge(call, options_);
   result.verdict = call.blended ? Verdict::kJoined : Verdict::kRefused;
   result.reason = judgement.reason;

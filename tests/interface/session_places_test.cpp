@@ -186,3 +186,24 @@ TEST(SessionFull, RefusesLaterFramesWithoutTheEngine) {
   EXPECT_EQ(engine.calls.size(), 2U);
   EXPECT_EQ(session.steadyBox(), cv::Rect(0, 0, 160, 50));
 }
+
+TEST(SessionFull, IsNoMosaicWithoutFrames) {
+  // The engine speaks of a limit that the empty mosaic has reached.
+  ScriptedEngine engine;
+  engine.answers = {ScriptedEngine::full(ScriptedEngine::qualified(2, 0)),
+                    ScriptedEngine::full(ScriptedEngine::measured(30, 0)),
+                    ScriptedEngine::full(ScriptedEngine::blended(30, 0))};
+  SessionOptions small = options();
+  small.maxRows = small.maxCols = 100;
+  Session session(small);
+  session.add(frame());
+  const FrameResult still = session.add(frame());
+  EXPECT_EQ(still.reason, Refusal::kMovedTooLittle);
+  EXPECT_FALSE(still.full);
+  EXPECT_FALSE(session.add(frame()).full);
+  const FrameResult joined = session.add(frame());
+  EXPECT_EQ(joined.verdict, Verdict::kJoined);
+  EXPECT_TRUE(joined.full);
+  EXPECT_EQ(explain(session.add(frame())),
+            "mosaic full: size 36000000 pixels, limit 10000 pixels");
+}
