@@ -61,9 +61,15 @@ EngineCall EngineRun::call(unsigned char* reference, cv::Mat& frame,
   const cv::Point displacement = forEngine(hint.value_or(cv::Point()), options_.scale);
   forgetMeasures();
   EngineCall call;
-  call.result = stichingImagedJoint(reference, frame.data, reference != nullptr ? 0 : 1,
-                                    options_.scale, displacement.x, displacement.y,
-                                    hint.has_value(), topLeft_, bottomRight_, matrix_, record_);
+  try {
+    call.result = stichingImagedJoint(reference, frame.data, reference != nullptr ? 0 : 1,
+                                      options_.scale, displacement.x, displacement.y,
+                                      hint.has_value(), topLeft_, bottomRight_, matrix_, record_);
+  } catch (...) {
+    // The overlap measures and the blend work in the memory of the reference.
+    restoreReference();
+    throw;
+  }
   call.record = record_;
   call.motion = motionOfCall();
   // Of all the fields, the position alone changes with every blended frame and with no other.
