@@ -1,0 +1,85 @@
+// SPDX-License-Identifier: Apache-2.0
+// What is told of a single call of the engine.
+#include "interface/judgement.h"
+
+#include <gtest/gtest.h>
+
+#include "framequilt/tuning.h"
+#include "tests/support/scoped_value.h"
+
+using framequilt::Criterion;
+using framequilt::EngineCall;
+using framequilt::judge;
+using framequilt::Judgement;
+using framequilt::Measure;
+using framequilt::Refusal;
+using framequilt::SessionOptions;
+
+namespace {
+
+SessionOptions options(Criterion criterion) {
+  SessionOptions options;
+  options.rows = 50;
+  options.cols = 100;
+  options.scale = 1;
+  options.criterion = criterion;
+  return options;
+}
+
+EngineCall callWithOffset(int dx, int dy) {
+  EngineCall call;
+  call.record.matchNum = 50;
+  call.record.offsetX = dx;
+  call.record.offsetY = dy;
+  return call;
+}
+
+}  // namespace
+
+TEST(Judgement, OfAMovingSceneRestsOnTheChange) {
+  const ScopedValue<int> limit(motionValueThCpu, 10);
+  EngineCall call = callWithOffset(30, 0);
+  call.motion = 14;
+  const Judgement judgement = judge(call, options(Criterion::kMotion));
+  EXPECT_EQ(judgement.reason, Refusal::kMovingScene);
+  EXPECT_EQ(explain(judgement.reason, judgement.judged),
+            "moving scene: change 14 gray levels, needs less than 10 gray levels");
+}
+
+TEST(Judgement, OfAJoinedFrameHasTheChangeToo) {
+  const ScopedValue<int> limit(motionValueThCpu, 255);
+  EngineCall call = callWithOffset(30, 0);
+  call.record.stitch_flags = 1;
+  call.blended = true;
+  call.motion = 14;
+  const Judgement judgement = judge(call, options(Criterion::kMotion));
+  EXPECT_EQ(judgement.reason, Refusal::kNone);
+  EXPECT_EQ(judgement.judged.value, 0);
+  EXPECT_EQ(judgement.measures.change.value_or(Measure{}).value, 14);
+  EXPECT_EQ(judgement.measures.change.value_or(Measure{}).limit, 255);
+  EXPECT_FALSE(judgement.measures.brightness);
+  EXPECT_FALSE(judgement.measures.sharpness);
+}
+
+TEST(Judgement, HasNoChangeWhereNoneWasMeasured) {
+  EngineCall call = callWithOffset(30, 0);
+  EXPECT_FALSE(judge(call, options(Criterion::kMotion)).measures.change);
+  call.motion = 3;
+  EXPECT_FALSE(judge(call, options(Criterion::kOverlap)).measures.change);
+  call.result = -1;
+  EXPECT_FALSE(judge(call, options(Criterion::kMotion)).measures.change);
+}
+
+TEST(Judgement, OfASharpFrameOnABlurredMosaicIsAsTheOtherWayRound) {
+  const ScopedValue<float> bright(brightThCpu, 40.0F);
+  const ScopedValue<float> sharp(defintThCpu, 30.0F);
+  EngineCall call = callWithOffset(30, 0);
+  for (const bool swapped : {false, true}) {
+    call.record.definitionOne = swapped ? 90.0F : 50.0F;
+    call.record.definitionTwo = swapped ? 50.0F : 90.0F;
+    const Judgement judgement = judge(call, options(Criterion::kOverlap));
+    EXPECT_EQ(judgement.reason, Refusal::kSharpness);
+    EXPECT_EQ(judgement.judged.value, 40);
+    EXPECT_EQ(judgement.judged.limit, 30);
+  }
+}
