@@ -153,8 +153,8 @@ FrameResult Session::Impl::decide(const FrameView& frame, std::optional<cv::Poin
   if (!goesOn(Stage::kStitching)) return result;
 
   const EngineCall call = withClearErrors([&] { return stitch(copy, usable(movementWith(hint))); });
-  // The engine also says so of a mosaic in which only a first frame lies that may give way yet.
-  full_ = call.result == 1 && (anyJoined_ || call.blended);
+  // Only a blend makes it so; the engine also says it of a mosaic in which a first frame lies alone.
+  full_ = call.result == 1 && call.blended;
   const Judgement judgement = judge(call, options_);
   result.verdict = call.blended ? Verdict::kJoined : Verdict::kRefused;
   result.reason = judgement.reason;

@@ -89,6 +89,7 @@ TEST(SessionReasons, AFailureThatCountedPairsHadTooFew) {
   const FrameResult result = resultOf(ScriptedEngine::failedWith(10));
   EXPECT_EQ(result.reason, Refusal::kTooFewMatches);
   EXPECT_EQ(explain(result), "too few matches: matches 10, needs at least 11");
+  EXPECT_EQ(resultOf(ScriptedEngine::failedWith(1)).reason, Refusal::kTooFewMatches);
 }
 
 TEST(SessionReasons, ACountLeftByAnEarlierFrameIsNoReason) {
