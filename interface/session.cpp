@@ -153,7 +153,7 @@ FrameResult Session::Impl::decide(const FrameView& frame, std::optional<cv::Poin
   if (!goesOn(Stage::kStitching)) return result;
 
   const EngineCall call = withClearErrors([&] { return stitch(copy, usable(movementWith(hint))); });
-  // Only a blend makes it so; the engine also says it of a mosaic in which a first frame lies alone.
+  // The engine also says it of a mosaic in which a first frame lies alone, but a blend makes it so.
   full_ = call.result == 1 && call.blended;
   const Judgement judgement = judge(call, options_);
   result.verdict = call.blended ? Verdict::kJoined : Verdict::kRefused;

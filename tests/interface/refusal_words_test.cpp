@@ -18,7 +18,7 @@ namespace {
 struct Expected {
   Refusal refusal;
   std::string reason, quantity, unit, relation, advice;
-  std::string line;      ///< Of value 12 and limit 34.5.
+  std::string line;        ///< Of value 12 and limit 34.5.
   std::string unmeasured;  ///< Of no value and limit 34.5.
 };
 

@@ -54,8 +54,9 @@ cv::Mat mosaicByHand(const RoundTrip& capture, const CaptureKind& kind) {
   const ScopedValue<int> scaleOfRun(scale, kind.scale);
   CaptureRun run(kind.settings());
   const FrameOutcome last = capture.play(run).back();
-  return last.mosaic(cv::Rect(cv::Point(last.topLeft.x, last.topLeft.y),
-                              cv::Point(last.bottomRight.x, last.bottomRight.y)))
+  return last
+      .mosaic(cv::Rect(cv::Point(last.topLeft.x, last.topLeft.y),
+                       cv::Point(last.bottomRight.x, last.bottomRight.y)))
       .clone();
 }
 

@@ -43,9 +43,7 @@ ScriptedEngine::Answer throwing(const std::function<void()>& action) {
 
 const ScriptedEngine::Answer kNoMemory = throwing([] { throw std::bad_alloc(); });
 
-cv::Exception matrixError(int code) {
-  return {code, "no luck", "function", "file", 1};
-}
+cv::Exception matrixError(int code) { return {code, "no luck", "function", "file", 1}; }
 
 const ThrownError kOutOfMemory = {
     ErrorCode::kOutOfMemory,

@@ -106,8 +106,8 @@ TEST_P(SessionWalk, ARegionThatNoLaterFrameTouchesStaysTheSame) {
   session.add(viewOf(walk.frame(scene_, 1)));
   // The end of the first frame that the others leave.
   const int start = walk.backwards ? kLong - 200 : 0;
-  const cv::Rect region = walk.alongRows ? cv::Rect(10, start, 100, 200)
-                                         : cv::Rect(start, 10, 200, 100);
+  const cv::Rect region =
+      walk.alongRows ? cv::Rect(10, start, 100, 200) : cv::Rect(start, 10, 200, 100);
   const cv::Mat before = session.copyRegion(region);
   EXPECT_GT(cv::countNonZero(before), 0);
   for (int i = 2; i < kFrames; ++i) {

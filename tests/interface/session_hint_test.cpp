@@ -127,10 +127,10 @@ TEST(SessionHints, ThatLeaveNoOverlapTogetherStillCount) {
 }
 
 TEST(SessionHints, BeginAnewWithANewFirstFrame) {
-  EXPECT_EQ(seenHints({kRefused, kRefused, kRefused, kJoined},
-                      {std::nullopt, std::nullopt, cv::Point(20, 0), cv::Point(30, 0),
-                       cv::Point(9, 3)}),
-            (Seen{"-", "-", "-", "9 3"}));
+  EXPECT_EQ(
+      seenHints({kRefused, kRefused, kRefused, kJoined},
+                {std::nullopt, std::nullopt, cv::Point(20, 0), cv::Point(30, 0), cv::Point(9, 3)}),
+      (Seen{"-", "-", "-", "9 3"}));
 }
 
 TEST(SessionHints, MayBeOfAnySize) {

@@ -164,8 +164,7 @@ TEST(SessionScale, IsTheLargestThatKeepsEveryPixelUnlessItIsGiven) {
 
 TEST(SessionScale, FramesHaveToFitIntoTheMosaicThatARunBeginsWith) {
   EXPECT_EQ(ofSize(6000, 6000, 1), "nothing");
-  EXPECT_EQ(ofSize(5, 6001, 1),
-            "frames of 6001 x 5 pixels are more than 6000 a side: use scale 2");
+  EXPECT_EQ(ofSize(5, 6001, 1), "frames of 6001 x 5 pixels are more than 6000 a side: use scale 2");
   EXPECT_EQ(ofSize(12001, 5, 1),
             "frames of 5 x 12001 pixels are more than 6000 a side: use scale 2");
   const std::string halved =

@@ -204,6 +204,5 @@ TEST(SessionFull, IsNoMosaicWithoutFrames) {
   const FrameResult joined = session.add(frame());
   EXPECT_EQ(joined.verdict, Verdict::kJoined);
   EXPECT_TRUE(joined.full);
-  EXPECT_EQ(explain(session.add(frame())),
-            "mosaic full: size 36000000 pixels, limit 10000 pixels");
+  EXPECT_EQ(explain(session.add(frame())), "mosaic full: size 36000000 pixels, limit 10000 pixels");
 }

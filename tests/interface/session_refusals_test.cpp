@@ -32,9 +32,7 @@ class SessionRefusals : public testing::Test {
   static Frame unrelated() { return Scene(kRows, kCols, 1, 99).picture(); }
 
   FrameResult add(Session& session, const Frame& frame) const { return session.add(viewOf(frame)); }
-  FrameResult addAt(Session& session, int x, int y) const {
-    return add(session, frameAt(x, y));
-  }
+  FrameResult addAt(Session& session, int x, int y) const { return add(session, frameAt(x, y)); }
   /// With frames at (20, 100) and (120, 100) joined.
   void join(Session& session) const {
     addAt(session, 20, 100);

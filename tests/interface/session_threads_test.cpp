@@ -158,8 +158,7 @@ TEST_F(SessionThreads, OnlyOneOfManyOpensASession) {
   for (int i = 0; i < kThreads; ++i) {
     threads.emplace_back([&] {
       std::unique_ptr<Session> session;
-      const ThrownError error =
-          errorOf([&] { session = std::make_unique<Session>(options()); });
+      const ThrownError error = errorOf([&] { session = std::make_unique<Session>(options()); });
       session != nullptr ? ++opened : ++refused;
       EXPECT_TRUE(session != nullptr || error.code == framequilt::ErrorCode::kSessionOpen);
       // The open one stays until everyone has tried.

@@ -94,8 +94,8 @@ int ScriptedEngine::stitch(unsigned char* reference, unsigned char* frame, Call 
 
 std::vector<unsigned char> ScriptedEngine::bytes(const unsigned char* image) const {
   if (image == nullptr) return {};
-  return {image, image + std::ptrdiff_t{1} * startArguments[0] * startArguments[1] *
-                             startArguments[2]};
+  return {image,
+          image + std::ptrdiff_t{1} * startArguments[0] * startArguments[1] * startArguments[2]};
 }
 
 void ScriptedEngine::overwrite(unsigned char* reference, unsigned char* frame) const {
@@ -123,11 +123,11 @@ bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, i
 }
 
 int stichingImagedJoint(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
-                        int motorDx, int motorDy, bool motorFlag, SPoint& outLeft,
-                        SPoint& outRight, cv::Mat& outMosaic, stitchflags& outFlags) {
+                        int motorDx, int motorDy, bool motorFlag, SPoint& outLeft, SPoint& outRight,
+                        cv::Mat& outMosaic, stitchflags& outFlags) {
   ScriptedEngine& engine = ScriptedEngine::active();
-  const int result = engine.stitch(
-      src, dest, {{}, {}, frameIndex, frameScale, {motorDx, motorDy}, motorFlag});
+  const int result =
+      engine.stitch(src, dest, {{}, {}, frameIndex, frameScale, {motorDx, motorDy}, motorFlag});
   const ScriptedEngine::Run& run = engine.run();
   outLeft = run.topLeft;
   outRight = run.bottomRight;
