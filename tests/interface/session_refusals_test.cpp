@@ -13,7 +13,6 @@
 #include "tests/support/session_frames.h"
 
 using framequilt::FrameResult;
-using framequilt::Measure;
 using framequilt::Refusal;
 using framequilt::Session;
 using framequilt::SessionOptions;
