@@ -6,6 +6,8 @@
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
 
+#include "tools/framequilt/evaluate_command.h"
+#include "tools/framequilt/options_evaluate.h"
 #include "tools/framequilt/options_simulate.h"
 #include "tools/framequilt/options_stitch.h"
 #include "tools/framequilt/simulate_command.h"
@@ -34,14 +36,17 @@ ExitStatus runProgram(int argc, char** argv) {
   app.require_subcommand(1);
   StitchOptions stitchOptions;
   SimulateOptions simulateOptions;
+  EvaluateOptions evaluateOptions;
   addStitchCommand(app, stitchOptions);
   const CLI::App& simulateCommand = addSimulateCommand(app, simulateOptions);
+  const CLI::App& evaluateCommand = addEvaluateCommand(app, evaluateOptions);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
     return app.exit(outcome) == 0 ? kDone : kBadInput;  // 0: --help or --version.
   }
   if (simulateCommand.parsed()) return delivered(simulate(simulateOptions, std::cout));
+  if (evaluateCommand.parsed()) return delivered(evaluate(evaluateOptions, std::cout));
   return delivered(stitch(stitchOptions, std::cout, std::cerr));
 }
 
