@@ -6,7 +6,11 @@
 #include <opencv2/core.hpp>
 #include <opencv2/core/utils/logger.hpp>
 
+#include "tools/framequilt/evaluate_command.h"
+#include "tools/framequilt/options_evaluate.h"
+#include "tools/framequilt/options_simulate.h"
 #include "tools/framequilt/options_stitch.h"
+#include "tools/framequilt/simulate_command.h"
 #include "tools/framequilt/stitch_command.h"
 #include "tools/framequilt/tool_error.h"
 
@@ -20,8 +24,8 @@ ExitStatus complain(const char* what) {
   return kBadInput;
 }
 
-ExitStatus runStitch(const StitchOptions& options) {
-  const ExitStatus status = stitch(options, std::cout, std::cerr);
+/// What a command reported has to reach its reader, too.
+ExitStatus delivered(ExitStatus status) {
   std::cout.flush();
   return std::cout ? status : complain("standard output cannot be written");
 }
@@ -30,14 +34,20 @@ ExitStatus runProgram(int argc, char** argv) {
   CLI::App app("Stitches the frames of a moving camera into one mosaic.", "framequilt");
   app.set_version_flag("--version", "framequilt " FRAMEQUILT_VERSION);
   app.require_subcommand(1);
-  StitchOptions options;
-  addStitchCommand(app, options);
+  StitchOptions stitchOptions;
+  SimulateOptions simulateOptions;
+  EvaluateOptions evaluateOptions;
+  addStitchCommand(app, stitchOptions);
+  const CLI::App& simulateCommand = addSimulateCommand(app, simulateOptions);
+  const CLI::App& evaluateCommand = addEvaluateCommand(app, evaluateOptions);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
-    return app.exit(outcome) == 0 ? kMosaicWritten : kBadInput;  // 0: --help or --version.
+    return app.exit(outcome) == 0 ? kDone : kBadInput;  // 0: --help or --version.
   }
-  return runStitch(options);
+  if (simulateCommand.parsed()) return delivered(simulate(simulateOptions, std::cout));
+  if (evaluateCommand.parsed()) return delivered(evaluate(evaluateOptions, std::cout));
+  return delivered(stitch(stitchOptions, std::cout, std::cerr));
 }
 
 }  // namespace

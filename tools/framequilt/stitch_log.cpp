@@ -4,28 +4,11 @@
 #include <algorithm>
 #include <cstdio>
 
+#include "tools/framequilt/csv_table.h"
+#include "tools/framequilt/nearest_rank.h"
 #include "tools/framequilt/path_text.h"
 
 namespace framequilt::tool {
-namespace {
-
-/// A field of a comma-separated line, quoted where it has to be.
-std::string csvField(const std::string& value) {
-  if (value.find_first_of(",\"\r\n") == std::string::npos) return value;
-  std::string field = "\"";
-  for (const char c : value) {
-    if (c == '"') field += '"';
-    field += c;
-  }
-  return field + '"';
-}
-
-/// The smallest of the sorted values that at least `percent` of them do not exceed.
-double nearestRank(const std::vector<double>& sorted, std::size_t percent) {
-  return sorted[(sorted.size() * percent + 99) / 100 - 1];
-}
-
-}  // namespace
 
 std::string_view text(Refusal reason) {
   switch (reason) {
