@@ -51,10 +51,6 @@ cv::Mat inEightBits(const fs::path& picture, const cv::Mat& decoded) {
   return converted;
 }
 
-std::string sizeText(int rows, int cols) {
-  return std::to_string(cols) + " x " + std::to_string(rows) + " pixels";
-}
-
 }  // namespace
 
 CaptureShape surveyPictures(const std::vector<fs::path>& pictures) {
