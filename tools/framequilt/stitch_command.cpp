@@ -139,8 +139,8 @@ ExitStatus stitch(const StitchOptions& options, std::ostream& out, std::ostream&
            "one before, --corner-budget 30 finds more matches\n";
     return kNothingJoined;
   }
-  const std::vector<unsigned char> bytes = encodePicture(mosaic, options.output);
-  output.publish(bytes.data(), bytes.size());
+  writePicture(mosaic, output);
+  output.publish();
   if (placements) publish(*placements, log.placementsCsv());
   out << "mosaic: " << mosaic.cols << " x " << mosaic.rows << " pixels, "
       << (mosaic.channels() == 1 ? "gray" : "colour") << "\n"
