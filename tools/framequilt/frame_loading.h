@@ -5,14 +5,9 @@
 #include <opencv2/core/mat.hpp>
 #include <vector>
 
-namespace framequilt::tool {
+#include "tools/framequilt/frame_source.h"
 
-/// The one shape that all frames of a capture share.
-struct CaptureShape {
-  int rows;
-  int cols;
-  int channels;  ///< 1 when every picture is gray, else 3.
-};
+namespace framequilt::tool {
 
 /// Reads every picture once and tells their common shape, so that a picture that cannot be used is
 /// known before any is stitched.
