@@ -2,6 +2,7 @@
 #include "tools/framequilt/output_file.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -68,6 +69,28 @@ TEST(OutputFile, WritesMoreThanOneBlock) {
   const std::string content(3'000'001, 'x');
   OutputFile(folder.file("out.bin")).publish(content.data(), content.size());
   EXPECT_TRUE(readText(folder.file("out.bin")) == content);
+}
+
+TEST(OutputFile, TakesItsContentInPartsToo) {
+  const TemporaryFolder folder;
+  OutputFile file(folder.file("out.bin"));
+  file.write("abc", 3);
+  file.write("de", 2);
+  EXPECT_FALSE(std::filesystem::exists(folder.file("out.bin")));
+  file.publish();
+  EXPECT_EQ(readText(folder.file("out.bin")), "abcde");
+}
+
+TEST(OutputFile, AWriterMayGoBackInItAndReadIt) {
+  const TemporaryFolder folder;
+  OutputFile file(folder.file("out.bin"));
+  file.write("abc", 3);
+  char read = 0;
+  EXPECT_EQ(::pread(file.descriptor(), &read, 1, 1), 1);
+  EXPECT_EQ(read, 'b');
+  EXPECT_EQ(::pwrite(file.descriptor(), "X", 1, 0), 1);
+  file.publish();
+  EXPECT_EQ(readText(folder.file("out.bin")), "Xbc");
 }
 
 TEST(OutputFile, AMissingFolderIsNamed) {

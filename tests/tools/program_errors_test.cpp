@@ -49,21 +49,47 @@ TEST_F(ProgramErrors, FolderWithoutPictures) {
                     "' holds no pictures: give a folder with .png, .jpg, .tif or .bmp files");
 }
 
-TEST_F(ProgramErrors, UnreadablePicture) {
-  for (const char* content : {"no picture", ""}) {
-    writeText(pictures_.file("f3.png"), content);
-    expectRefusal({"stitch", pictures_.path(), "-o", mosaic()},
-                  "'" + pictures_.file("f3.png") +
-                      "' cannot be read as a picture: leave it out or save it again as .png or "
-                      ".jpg");
-  }
+TEST_F(ProgramErrors, APictureThatCannotBeUsedIsLeftOut) {
+  writeText(pictures_.file("f0.png"), "no picture");
+  save(pictures_.file("f3.png"), texture(200, 400));
+  save(pictures_.file("f4.jpg"), texture(300, 400));
+  const std::string bytes = readText(pictures_.file("f4.jpg"));
+  writeText(pictures_.file("f4.jpg"), bytes.substr(0, bytes.size() / 2));
+  const ProgramRun result = framequiltRun({"stitch", pictures_.path(), "-o", mosaic()});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(
+      result.err,
+      "framequilt: '" + pictures_.file("f0.png") +
+          "' cannot be read as a picture: left out\nframequilt: '" + pictures_.file("f3.png") +
+          "' has 400 x 200 pixels, the capture has 400 x 300 pixels: left out\nframequilt: '" +
+          pictures_.file("f4.jpg") +
+          "' is damaged (its pixels end early or are wrong): left out\n");
+  EXPECT_EQ(outputs_.names(), std::vector<std::string>{"mosaic.png"});
 }
 
-TEST_F(ProgramErrors, PictureOfAnotherSize) {
-  save(pictures_.file("f3.png"), texture(200, 400));
-  expectRefusal({"stitch", pictures_.path(), "-o", mosaic()},
-                "'" + pictures_.file("f3.png") + "' has 400 x 200 pixels but '" + one() +
-                    "' has 400 x 300 pixels: give pictures of one size");
+TEST_F(ProgramErrors, NoPictureThatCanBeRead) {
+  const TemporaryFolder texts;
+  writeText(texts.file("a.png"), "no picture");
+  const ProgramRun result = framequiltRun({"stitch", texts.path(), "-o", mosaic()});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.err, "framequilt: '" + texts.file("a.png") +
+                            "' cannot be read as a picture: left out\nframequilt: '" +
+                            texts.file("a.png") +
+                            "', the only picture, cannot be read: save it again as .png or .jpg\n");
+}
+
+TEST_F(ProgramErrors, NoVideoThatCanBeRead) {
+  writeText(pictures_.file("clip.mp4"), "no video");
+  expectRefusal({"stitch", pictures_.file("clip.mp4"), "-o", mosaic()},
+                "'" + pictures_.file("clip.mp4") +
+                    "' cannot be read as a video: convert it to .mp4, or give its frames as "
+                    "pictures");
+}
+
+TEST_F(ProgramErrors, CameraMissing) {
+  expectRefusal({"stitch", "camera:97", "-o", mosaic()},
+                "camera 97 cannot be opened: check that it is connected and that no other program "
+                "uses it");
 }
 
 TEST_F(ProgramErrors, OnePictureOnly) {
@@ -107,16 +133,20 @@ TEST_F(ProgramErrors, PictureTooLargeForScaleOne) {
 }
 
 TEST_F(ProgramErrors, AFileThatDoesNotFitKeepsTheOlderMosaic) {
-  writeText(mosaic(), "older");
-  // The shell limits every file of the program to a few kilobytes, as a full disk would.
-  const ProgramRun result = run({"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 8; exec \"$0\" \"$@\"",
-                                 FRAMEQUILT_PROGRAM, "stitch", one(), two(), "-o", mosaic()});
-  EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.err, "framequilt: '" + mosaic() +
-                            "' could not be written (File too large): free some space or choose "
-                            "another folder\n");
-  EXPECT_EQ(readText(mosaic()), "older");
-  EXPECT_EQ(outputs_.names(), std::vector<std::string>{"mosaic.png"});
+  for (const char* name : {"mosaic.png", "mosaic.tif"}) {
+    const TemporaryFolder outputs;
+    const std::string mosaic = outputs.file(name);
+    writeText(mosaic, "older");
+    // The shell limits every file of the program to a few kilobytes, as a full disk would.
+    const ProgramRun result = run({"/bin/sh", "-c", "trap '' XFSZ; ulimit -f 8; exec \"$0\" \"$@\"",
+                                   FRAMEQUILT_PROGRAM, "stitch", one(), two(), "-o", mosaic});
+    EXPECT_EQ(result.status, 2);
+    EXPECT_EQ(result.err, "framequilt: '" + mosaic +
+                              "' could not be written (File too large): free some space or choose "
+                              "another folder\n");
+    EXPECT_EQ(readText(mosaic), "older");
+    EXPECT_EQ(outputs.names(), std::vector<std::string>{name});
+  }
 }
 
 TEST_F(ProgramErrors, PicturesThatDoNotFitGiveStatusOne) {
@@ -136,6 +166,7 @@ TEST_F(ProgramErrors, WrongUsageGivesStatusTwo) {
       {"stitch", "-o", mosaic()},
       {"stitch", one(), two(), "-o", mosaic(), "--mode", "other"},
       {"stitch", one(), two(), "-o", mosaic(), "--scale", "3"},
+      {"stitch", one(), two(), "-o", mosaic(), "--every", "0"},
       {"stitch", one(), two(), "-o", mosaic(), "--corner-budget", "-1"},
       {"stitch", one(), two(), "-o", mosaic(), "--max-rows", "0"},
       {"stitch", one(), two(), "-o", mosaic(), "--max-cols", "many"},

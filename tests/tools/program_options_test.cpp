@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <opencv2/imgcodecs.hpp>
+#include <opencv2/videoio.hpp>
 #include <string>
 #include <vector>
 
@@ -138,6 +139,30 @@ TEST_F(ProgramOptions, LimitsFitThirtyOneBits) {
   EXPECT_EQ(stitch({"--max-rows", "107374"}).status, 0);
 }
 
+TEST_F(ProgramOptions, EveryNthPictureIsTaken) {
+  // The first and the third share too little to join.
+  const ProgramRun result = stitch({"--every", "2"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_TRUE(contains(result.out, "frames read: 2\n")) << result.out;
+  EXPECT_FALSE(contains(result.out, "f1.png")) << result.out;
+  EXPECT_TRUE(contains(result.out, "f2.png")) << result.out;
+}
+
+TEST_F(ProgramOptions, AVideoIsStitchedLikePictures) {
+  const std::string clip = outputs_.file("clip.avi");
+  cv::VideoWriter writer(clip, cv::CAP_OPENCV_MJPEG, cv::VideoWriter::fourcc('M', 'J', 'P', 'G'),
+                         10, {kCols, kRows});
+  for (const cv::Mat& frame : frames_) writer.write(coloured(frame));
+  writer.release();
+  const ProgramRun result =
+      framequiltRun({"stitch", clip, "-o", mosaic(), "--placements", outputs_.file("places.csv")});
+  EXPECT_EQ(result.status, 0) << result.err;
+  EXPECT_EQ(result.err, "");
+  EXPECT_EQ(readText(outputs_.file("places.csv")),
+            "frame,file,x,y,joined\n1,clip.avi#1,0,0,1\n2,clip.avi#2,160,0,1\n"
+            "3,clip.avi#3,320,0,1\n");
+}
+
 TEST_F(ProgramOptions, PlacementsAreWrittenOnRequest) {
   ASSERT_EQ(stitch({}).status, 0);
   EXPECT_EQ(outputs_.names(), std::vector<std::string>{"mosaic.png"});
@@ -177,8 +202,8 @@ TEST(Program, HelpNamesEveryOption) {
   const ProgramRun result = framequiltRun({"stitch", "--help"});
   EXPECT_EQ(result.status, 0);
   for (const char* option :
-       {"--output", "--mode", "--static", "--dynamic", "--scale", "--corner-budget", "--max-rows",
-        "--max-cols", "--placements", "--verbose"}) {
+       {"--output", "--every", "--mode", "--static", "--dynamic", "--scale", "--corner-budget",
+        "--max-rows", "--max-cols", "--placements", "--verbose"}) {
     EXPECT_TRUE(contains(result.out, option)) << option;
   }
 }

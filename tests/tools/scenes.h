@@ -27,6 +27,13 @@ inline cv::Mat coloured(const cv::Mat& gray) {
   return colour;
 }
 
+/// Colour noise, the same on every machine and run.
+inline cv::Mat noise(int rows, int cols, std::uint64_t seed = 7) {
+  const auto count = static_cast<std::size_t>(rows) * static_cast<std::size_t>(cols) * 3;
+  std::vector<unsigned char> bytes = Random(seed).bytes(count);
+  return cv::Mat(rows, cols, CV_8UC3, bytes.data()).clone();
+}
+
 inline void save(const std::string& file, const cv::Mat& picture) {
   if (!cv::imwrite(file, picture)) throw std::runtime_error("cannot write " + file);
 }

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/input_listing.h"
 
+#include <glob.h>
+
 #include <algorithm>
 #include <array>
+#include <cstddef>
 #include <string_view>
 #include <system_error>
 
@@ -30,16 +33,26 @@ bool sameFile(const fs::path& a, const fs::path& b) {
   return fs::equivalent(a, b, ignored);
 }
 
+/// Whether a folder or a pattern gives this entry: neither a folder nor of an earlier run.
+bool mayBeFrame(const fs::path& file, const fs::path& output) {
+  std::error_code ignored;
+  return !fs::is_directory(file, ignored) && !sameFile(file, output) &&
+         !sameFile(file, outlinedCopyOf(output));
+}
+
+void sortNaturally(std::vector<fs::path>& files) {
+  std::sort(files.begin(), files.end(), [](const fs::path& a, const fs::path& b) {
+    return naturalLess(a.native(), b.native());
+  });
+}
+
 std::vector<fs::path> picturesIn(const fs::path& folder, const fs::path& output) {
   std::error_code failure;
   std::vector<fs::path> pictures;
   fs::directory_iterator entries(folder, failure);
   for (; !failure && entries != fs::directory_iterator(); entries.increment(failure)) {
     const fs::path& file = entries->path();
-    std::error_code ignored;
-    if (!fs::is_directory(file, ignored) && looksLikePicture(file) && !sameFile(file, output)) {
-      pictures.push_back(file);
-    }
+    if (looksLikePicture(file) && mayBeFrame(file, output)) pictures.push_back(file);
   }
   if (failure) {
     throw ToolError("folder " + inQuotes(folder) + " cannot be listed (" + failure.message() +
@@ -49,31 +62,47 @@ std::vector<fs::path> picturesIn(const fs::path& folder, const fs::path& output)
     throw ToolError("folder " + inQuotes(folder) +
                     " holds no pictures: give a folder with .png, .jpg, .tif or .bmp files");
   }
-  std::sort(pictures.begin(), pictures.end(), [](const fs::path& a, const fs::path& b) {
-    return naturalLess(a.filename().native(), b.filename().native());
-  });
+  sortNaturally(pictures);
   return pictures;
+}
+
+bool isPattern(const std::string& input) { return input.find_first_of("*?[") != std::string::npos; }
+
+std::vector<fs::path> filesMatching(const std::string& pattern, const fs::path& output) {
+  glob_t matches{};
+  std::vector<fs::path> files;
+  if (::glob(pattern.c_str(), GLOB_NOSORT, nullptr, &matches) == 0) {
+    for (std::size_t i = 0; i < matches.gl_pathc; ++i) {
+      const fs::path file = matches.gl_pathv[i];
+      if (mayBeFrame(file, output)) files.push_back(file);
+    }
+  }
+  ::globfree(&matches);
+  if (files.empty()) {
+    throw ToolError("pattern " + inQuotes(pattern) + " matches no file: check it");
+  }
+  sortNaturally(files);
+  return files;
+}
+
+std::vector<fs::path> filesOf(const std::string& input, const fs::path& output) {
+  std::error_code failure;
+  const fs::file_status status = fs::status(input, failure);
+  if (fs::is_directory(status)) return picturesIn(input, output);
+  if (fs::exists(status)) return {input};
+  if (isPattern(input)) return filesMatching(input, output);
+  throw ToolError(inQuotes(input) + " cannot be found (" + failure.message() + "): check the path");
 }
 
 }  // namespace
 
-std::vector<fs::path> listPictures(const std::vector<std::string>& inputs, const fs::path& output) {
-  std::vector<fs::path> pictures;
-  for (const fs::path input : inputs) {
-    std::error_code failure;
-    const fs::file_status status = fs::status(input, failure);
-    if (!fs::exists(status)) {
-      throw ToolError(inQuotes(input) + " cannot be found (" + failure.message() +
-                      "): check the path");
-    }
-    if (fs::is_directory(status)) {
-      const std::vector<fs::path> found = picturesIn(input, output);
-      pictures.insert(pictures.end(), found.begin(), found.end());
-    } else {
-      pictures.push_back(input);
-    }
+std::vector<fs::path> listFiles(const std::vector<std::string>& inputs, const fs::path& output) {
+  std::vector<fs::path> files;
+  for (const std::string& input : inputs) {
+    const std::vector<fs::path> found = filesOf(input, output);
+    files.insert(files.end(), found.begin(), found.end());
   }
-  return pictures;
+  return files;
 }
 
 }  // namespace framequilt::tool

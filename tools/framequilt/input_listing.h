@@ -7,12 +7,15 @@
 
 namespace framequilt::tool {
 
-/// The pictures that `inputs` stand for, in stitching order: a file stands for itself, a folder for
-/// the pictures in it (by extension, not in its subfolders, no hidden files) in natural order.
+/// The files that `inputs` stand for, in stitching order: a file stands for itself, a folder for
+/// the pictures in it (by extension, not in its subfolders, no hidden files), a pattern with '*',
+/// '?' or '[' for the files that match it. What a folder or a pattern gives is in natural order.
 ///
-/// \param output  Left out where a folder holds it: the mosaic of an earlier run is no frame.
-/// \throws ToolError for a path that does not exist and for a folder without pictures.
-std::vector<std::filesystem::path> listPictures(const std::vector<std::string>& inputs,
-                                                const std::filesystem::path& output);
+/// \param output  Left out, with its outlined copy, where a folder or a pattern holds it: the
+///                mosaic of an earlier run is no frame.
+/// \throws ToolError for a path that does not exist, a folder without pictures and a pattern
+///         without matches.
+std::vector<std::filesystem::path> listFiles(const std::vector<std::string>& inputs,
+                                             const std::filesystem::path& output);
 
 }  // namespace framequilt::tool

@@ -24,14 +24,19 @@ CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
   CLI::App& command = *app.add_subcommand("stitch", "Stitch pictures into one mosaic");
   command
       .add_option("inputs", options.inputs,
-                  "Pictures in the order they were taken, or folders of pictures "
-                  "(natural order: f2 before f10)")
+                  "Pictures in the order they were taken, folders of pictures and quoted patterns "
+                  "such as 'shots/f*.png' (natural order: f2 before f10); or one video; or a "
+                  "camera, as camera:0")
       ->required()
-      ->type_name("FILE|FOLDER");
+      ->type_name("INPUT");
   command
       .add_option("-o,--output", options.output, "The mosaic to write: .png, .jpg, .tif or .bmp")
       ->required()
       ->type_name("FILE");
+  const CLI::Range positive(1, std::numeric_limits<int>::max());
+  command.add_option("--every", options.every, "Take only every Nth frame, from the first on")
+      ->check(positive)
+      ->capture_default_str();
   command
       .add_option("--mode", options.mode,
                   "Judge a frame by how the view changed (motion) or by brightness and sharpness "
@@ -54,7 +59,6 @@ CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
                   "More corners per frame: each step about 31, and slower")
       ->check(CLI::Range(0, kLargestCornerBudget))
       ->capture_default_str();
-  const CLI::Range positive(1, std::numeric_limits<int>::max());
   command.add_option("--max-rows", options.maxRows, "Stop when the mosaic, with its margins, has")
       ->check(positive)
       ->capture_default_str();

@@ -11,6 +11,7 @@ namespace framequilt::tool {
 struct StitchOptions {
   std::vector<std::string> inputs;
   std::string output;
+  int every = 1;           ///< Takes each Nth frame.
   std::string placements;  ///< Empty: none wanted.
   std::string mode = "motion";
   bool dynamicScene = false;

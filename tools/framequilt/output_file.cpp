@@ -35,11 +35,6 @@ void requirePlace(const fs::path& target) {
   }
 }
 
-[[noreturn]] void throwUnwritten(const fs::path& target, int error) {
-  throw ToolError(inQuotes(target) + " could not be written (" + std::strerror(error) +
-                  "): free some space or choose another folder");
-}
-
 }  // namespace
 
 OutputFile::OutputFile(fs::path target) : target_(std::move(target)) {
@@ -48,7 +43,7 @@ OutputFile::OutputFile(fs::path target) : target_(std::move(target)) {
   const fs::path temporary =
       folderOf(target_) / ("." + name + "." + std::to_string(::getpid()) + ".part");
   ::unlink(temporary.c_str());  // Left by a process of the same number that was killed.
-  descriptor_ = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  descriptor_ = ::open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
   if (descriptor_ < 0) {
     throw ToolError("no file can be created in " + inQuotes(folderOf(target_)) + " (" +
                     std::strerror(errno) + "): choose a folder that you may write to");
@@ -63,8 +58,12 @@ OutputFile::~OutputFile() {
 
 void OutputFile::publish(const void* bytes, std::size_t size) {
   write(bytes, size);
+  publish();
+}
+
+void OutputFile::publish() {
   close();
-  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) throwUnwritten(target_, errno);
+  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) throwUnwritten(errno);
   temporary_.clear();
 }
 
@@ -73,17 +72,22 @@ void OutputFile::write(const void* bytes, std::size_t size) {
   while (size > 0) {
     const ssize_t written = ::write(descriptor_, next, size);
     if (written < 0 && errno == EINTR) continue;
-    if (written < 0) throwUnwritten(target_, errno);
+    if (written < 0) throwUnwritten(errno);
     next += written;
     size -= static_cast<std::size_t>(written);
   }
 }
 
+void OutputFile::throwUnwritten(int error) const {
+  throw ToolError(inQuotes(target_) + " could not be written (" + std::strerror(error) +
+                  "): free some space or choose another folder");
+}
+
 void OutputFile::close() {
   // A file system that cannot sync says EINVAL; that is no loss of data.
-  if (::fsync(descriptor_) != 0 && errno != EINVAL) throwUnwritten(target_, errno);
+  if (::fsync(descriptor_) != 0 && errno != EINVAL) throwUnwritten(errno);
   const int descriptor = std::exchange(descriptor_, -1);
-  if (::close(descriptor) != 0) throwUnwritten(target_, errno);
+  if (::close(descriptor) != 0) throwUnwritten(errno);
 }
 
 }  // namespace framequilt::tool

@@ -21,14 +21,25 @@ class OutputFile {
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  /// Writes the `size` bytes as the whole content, to the disk, and moves the file into place. At
-  /// most once. \throws ToolError naming the target.
+  /// Adds `size` bytes. \throws ToolError naming the target.
+  void write(const void* bytes, std::size_t size);
+
+  /// Brings what was written to the disk and moves the file into place. At most once.
+  /// \throws ToolError naming the target.
+  void publish();
+
+  /// The same with these bytes as the whole content.
   void publish(const void* bytes, std::size_t size);
 
   const std::filesystem::path& target() const { return target_; }
 
+  /// The temporary file, for a writer that goes back and reads what it wrote. Still the owner's.
+  int descriptor() const { return descriptor_; }
+
+  /// Says that the target could not be written, for this errno. \throws ToolError always.
+  [[noreturn]] void throwUnwritten(int error) const;
+
  private:
-  void write(const void* bytes, std::size_t size);
   void close();
 
   std::filesystem::path target_;

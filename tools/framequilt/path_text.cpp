@@ -27,4 +27,15 @@ std::string lowerExtension(const std::filesystem::path& path) {
   return extension;
 }
 
+std::string sizeText(int rows, int cols) {
+  return std::to_string(cols) + " x " + std::to_string(rows) + " pixels";
+}
+
+std::filesystem::path outlinedCopyOf(const std::filesystem::path& mosaic) {
+  std::filesystem::path name = mosaic.stem();
+  name += "-outlines";
+  name += mosaic.extension();
+  return mosaic.parent_path() / name;
+}
+
 }  // namespace framequilt::tool

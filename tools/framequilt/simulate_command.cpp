@@ -3,15 +3,14 @@
 
 #include <cstdio>
 #include <filesystem>
-#include <opencv2/imgcodecs.hpp>
 #include <string>
-#include <vector>
 
 #include "tools/framequilt/capture_folder.h"
 #include "tools/framequilt/generated_scene.h"
 #include "tools/framequilt/output_file.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/picture_format.h"
+#include "tools/framequilt/picture_reading.h"
 
 namespace framequilt::tool {
 namespace {
@@ -20,17 +19,12 @@ namespace fs = std::filesystem;
 
 /// Gray or blue-green-red, in 8 bits.
 cv::Mat readScene(const fs::path& file) {
-  cv::Mat scene;
   try {
-    scene = cv::imread(file.string(), cv::IMREAD_ANYCOLOR);
-  } catch (const cv::Exception&) {
-    // Sizes beyond the decoder's limits; the message below fits them too.
-  }
-  if (scene.empty()) {
+    return readPicture(file, readHeader(file).colour ? 3 : 1);
+  } catch (const PictureError&) {
     throw ToolError("scene " + inQuotes(file) +
                     " cannot be read as a picture: check the path, or save it as .png or .jpg");
   }
-  return scene;
 }
 
 SimulatedCapture captureOf(const SimulateOptions& options) {
@@ -58,8 +52,7 @@ std::string truthCsv(const SimulatedCapture& capture, bool subpixel) {
   return lines;
 }
 
-template <class Bytes>
-void write(const fs::path& target, const Bytes& content) {
+void write(const fs::path& target, const std::string& content) {
   OutputFile(target).publish(content.data(), content.size());
 }
 
@@ -72,8 +65,9 @@ ExitStatus simulate(const SimulateOptions& options, std::ostream& out) {
   const PathOptions& path = options.capture.path;
   write(folder.truth(), truthCsv(capture, path.subpixel));
   for (int i = 0; i < capture.frames(); ++i) {
-    const fs::path target = folder.frame(i + 1);
-    write(target, encodePicture(capture.frame(i), target));
+    OutputFile file(folder.frame(i + 1));
+    writePicture(capture.frame(i), file);
+    file.publish();
   }
   out << capture.frames() << " frames of " << path.frame.width << " x " << path.frame.height
       << " written to " << inQuotes(folder.path()) << ", truth in " << inQuotes(folder.truth())

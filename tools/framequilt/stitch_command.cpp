@@ -3,15 +3,14 @@
 
 #include <chrono>
 #include <filesystem>
+#include <memory>
 #include <new>
 #include <opencv2/core.hpp>
 #include <optional>
 #include <string>
-#include <vector>
 
 #include "tools/framequilt/engine_lines.h"
-#include "tools/framequilt/frame_loading.h"
-#include "tools/framequilt/input_listing.h"
+#include "tools/framequilt/frame_source.h"
 #include "tools/framequilt/output_file.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/picture_format.h"
@@ -64,18 +63,31 @@ void tell(const fs::path& picture, const Outcome& outcome, bool verbose, std::os
   }
 }
 
-/// Offers the pictures one after another until the mosaic is full.
-void stitchPictures(RunDriver& run, const std::vector<fs::path>& pictures, int channels,
-                    bool verbose, StitchLog& log, std::ostream& notes) {
-  for (const fs::path& picture : pictures) {
-    const cv::Mat frame = loadFrame(picture, channels);
+InputSettings inputSettingsOf(const StitchOptions& options, std::ostream& notes) {
+  InputSettings settings;
+  settings.output = options.output;
+  settings.every = options.every;
+  settings.note = [&notes](const std::string& line) { notes << "framequilt: " << line << "\n"; };
+  return settings;
+}
+
+/// Offers the frames one after another until the mosaic is full.
+void stitchFrames(RunDriver& run, FrameSource& source, bool verbose, StitchLog& log,
+                  std::ostream& notes) {
+  while (const std::optional<SourceFrame> taken = source.next()) {
+    const fs::path picture = taken->path.empty() ? fs::path(taken->name) : taken->path;
+    // A mosaic holds 0 where no frame lies.
+    const cv::Mat frame = cv::max(taken->pixels, cv::Scalar::all(1));
     double milliseconds = 0;
     const Outcome outcome = offerTimed(run, frame, milliseconds);
     log.add(picture, outcome, milliseconds);
     tell(picture, outcome, verbose, notes);
     if (!outcome.full) continue;
-    notes << "framequilt: the mosaic is full (pictures not read: "
-          << pictures.size() - log.entries().size() << "): raise --max-rows or --max-cols\n";
+    notes << "framequilt: the mosaic is full";
+    if (const auto count = source.count()) {
+      notes << " (pictures not read: " << *count - log.entries().size() << ")";
+    }
+    notes << ": raise --max-rows or --max-cols\n";
     return;
   }
 }
@@ -100,10 +112,15 @@ bool survives(Action action, std::ostream& notes) {
   return false;
 }
 
-void requireUsable(const StitchOptions& options, const std::vector<fs::path>& pictures) {
-  if (pictures.size() < 2) {
-    throw ToolError(inQuotes(pictures.front()) + " is the only picture: give two or more");
+void requireTwoFrames(FrameSource& source) {
+  if (source.count() != std::size_t{1}) return;
+  if (const std::optional<SourceFrame> only = source.next()) {
+    throw ToolError(inQuotes(only->path.empty() ? fs::path(only->name) : only->path) +
+                    " is the only picture: give two or more");
   }
+}
+
+void requireTwoNames(const StitchOptions& options) {
   if (!options.placements.empty() && fs::path(options.placements) == fs::path(options.output)) {
     throw ToolError(inQuotes(options.output) +
                     " is asked to be mosaic and placements: name two files");
@@ -119,18 +136,18 @@ void publish(OutputFile& file, const std::string& content) {
 ExitStatus stitch(const StitchOptions& options, std::ostream& out, std::ostream& notes,
                   const EntryPoints& engine) {
   requireWritableFormat(options.output);
-  const std::vector<fs::path> pictures = listPictures(options.inputs, options.output);
-  requireUsable(options, pictures);
+  requireTwoNames(options);
+  const std::unique_ptr<FrameSource> source =
+      openInputs(options.inputs, inputSettingsOf(options, notes));
+  requireTwoFrames(*source);
   OutputFile output(options.output);
   std::optional<OutputFile> placements;
   if (!options.placements.empty()) placements.emplace(options.placements);
 
-  const CaptureShape shape = surveyPictures(pictures);
   const EngineLines lines(options.verbose);
-  RunDriver run(settingsOf(options, shape), engine);
+  RunDriver run(settingsOf(options, source->shape()), engine);
   StitchLog log;
-  survives([&] { stitchPictures(run, pictures, shape.channels, options.verbose, log, notes); },
-           notes);
+  survives([&] { stitchFrames(run, *source, options.verbose, log, notes); }, notes);
 
   out << log.countsText();
   const cv::Mat mosaic = run.mosaic();
@@ -139,8 +156,8 @@ ExitStatus stitch(const StitchOptions& options, std::ostream& out, std::ostream&
            "one before, --corner-budget 30 finds more matches\n";
     return kNothingJoined;
   }
-  const std::vector<unsigned char> bytes = encodePicture(mosaic, options.output);
-  output.publish(bytes.data(), bytes.size());
+  writePicture(mosaic, output);
+  output.publish();
   if (placements) publish(*placements, log.placementsCsv());
   out << "mosaic: " << mosaic.cols << " x " << mosaic.rows << " pixels, "
       << (mosaic.channels() == 1 ? "gray" : "colour") << "\n"

@@ -1,0 +1,16 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <filesystem>
+#include <opencv2/core/mat.hpp>
+
+namespace framequilt::tool {
+
+/// Whether the file is a Windows bitmap by its first bytes: libvips does not read those itself.
+bool isBitmap(const std::filesystem::path& picture);
+
+/// The pixels of a bitmap, 8 bits a channel, gray or blue-green-red as stored; empty when it ends
+/// early or cannot be decoded.
+cv::Mat readBitmap(const std::filesystem::path& picture);
+
+}  // namespace framequilt::tool
