@@ -46,10 +46,14 @@ void toColour(const unsigned char* in, Layout layout, int cols, unsigned char* o
 
 }  // namespace
 
+std::size_t packedRow(const FrameView& frame) {
+  return static_cast<std::size_t>(frame.cols) *
+         static_cast<std::size_t>(layoutOf(frame.order).bytes);
+}
+
 cv::Mat frameCopy(const FrameView& frame, int channels) {
   const Layout layout = layoutOf(frame.order);
-  const std::size_t packed =
-      static_cast<std::size_t>(frame.cols) * static_cast<std::size_t>(layout.bytes);
+  const std::size_t packed = packedRow(frame);
   const std::size_t stride = frame.strideBytes != 0 ? frame.strideBytes : packed;
   const bool toGray = channels == 1 && layout.bytes != 1;
   std::vector<unsigned char> colourRow(toGray ? 3 * static_cast<std::size_t>(frame.cols)

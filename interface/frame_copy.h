@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstddef>
 #include <opencv2/core/mat.hpp>
 
 #include "framequilt/session.h"
 
 namespace framequilt {
+
+/// Bytes of one row of the frame.
+std::size_t packedRow(const FrameView& frame);
 
 /// A packed copy of the frame with 3 (blue, green, red) or 1 (gray) channels. Bytes of value 0
 /// become 1. Colour becomes gray by the integer rule of imaging/gray.h.

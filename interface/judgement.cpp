@@ -12,6 +12,8 @@ namespace {
 
 /// Fewer agreeing pairs are not blended.
 constexpr int kFewestPairs = 11;
+/// So many agree by chance in frames that share nothing.
+constexpr int kMostByChance = 3;
 
 /// How far the view moved along the side it moved most, in working pixels.
 struct Shift {
@@ -57,7 +59,7 @@ Measures measuresOf(const EngineCall& call, const SessionOptions& options) {
 /// The first criterion that the frame did not meet.
 Refusal reasonOf(const EngineCall& call, const Measures& measures, const SessionOptions& options) {
   if (call.result < 0) {
-    return call.record.matchNum > 0 ? Refusal::kTooFewMatches : Refusal::kNoOverlap;
+    return call.record.matchNum > kMostByChance ? Refusal::kTooFewMatches : Refusal::kNoOverlap;
   }
   if (call.record.stitch_flags != 1) {
     if (options.criterion == Criterion::kMotion) return Refusal::kMovingScene;

@@ -41,21 +41,21 @@ class OneAtATime {
   }
 };
 
-/// Runs `action`; what the engine throws leaves as an `Error`.
+/// Runs `action`; what the engine throws leaves as an `Error` that ends with what can be done.
 template <class Action>
-auto withClearErrors(Action action) {
-  const char* const noMemory =
-      "out of memory: the mosaic so far stays; use scale 2 or begin another mosaic";
+auto withClearErrors(const std::string& remedy, Action action) {
+  const std::string noMemory = "out of memory: " + remedy;
   try {
     return action();
   } catch (const std::bad_alloc&) {
     throw Error(ErrorCode::kOutOfMemory, noMemory);
   } catch (const cv::Exception& failure) {
     if (failure.code == cv::Error::StsNoMem) throw Error(ErrorCode::kOutOfMemory, noMemory);
-    throw Error(ErrorCode::kEngineFailed,
-                "stitching failed (" + failure.err + "): the mosaic so far stays");
+    throw Error(ErrorCode::kEngineFailed, "stitching failed (" + failure.err + "): " + remedy);
   }
 }
+
+const char* const kMosaicStays = "the mosaic so far stays; use scale 2 or begin another mosaic";
 
 std::string sizeText(int rows, int cols) {
   return std::to_string(cols) + " x " + std::to_string(rows) + " pixels";
@@ -68,7 +68,8 @@ class Session::Impl {
   explicit Impl(const SessionOptions& options)
       : options_(checked(options)),
         one_(std::make_unique<OneAtATime>()),
-        run_(withClearErrors([&] { return std::make_unique<EngineRun>(options_); })) {}
+        run_(withClearErrors("use scale 2 or smaller frames",
+                             [&] { return std::make_unique<EngineRun>(options_); })) {}
 
   FrameResult add(const FrameView& frame, std::optional<cv::Point> hint);
   void stop() noexcept {
@@ -87,6 +88,7 @@ class Session::Impl {
   FrameResult decide(const FrameView& frame, std::optional<cv::Point> hint);
   FrameResult waiting(cv::Mat frame);
   FrameResult refusedAsFull() const;
+  EngineCall search(cv::Mat& frame, std::optional<cv::Point> movement);
   EngineCall stitch(cv::Mat& frame, std::optional<cv::Point> movement);
   void join(const EngineCall& call, FrameResult& result);
   void replaceFirst(const FrameView& frame, FrameResult& result);
@@ -137,6 +139,12 @@ void Session::Impl::requireUsable(const FrameView& frame) const {
     throw Error(ErrorCode::kInvalidFrame,
                 "frame " + std::to_string(frames_) + " has no pixels: give a pointer to them");
   }
+  if (frame.strideBytes != 0 && frame.strideBytes < packedRow(frame)) {
+    throw Error(ErrorCode::kInvalidFrame,
+                "frame " + std::to_string(frames_) + " has rows of " +
+                    std::to_string(packedRow(frame)) + " bytes that begin every " +
+                    std::to_string(frame.strideBytes) + " bytes: give the bytes from row to row");
+  }
 }
 
 bool Session::Impl::goesOn(Stage stage) const {
@@ -148,11 +156,12 @@ FrameResult Session::Impl::decide(const FrameView& frame, std::optional<cv::Poin
   result.verdict = Verdict::kCancelled;
   if (!goesOn(Stage::kCopying)) return result;
   if (full_) return refusedAsFull();
-  cv::Mat copy = withClearErrors([&] { return frameCopy(frame, options_.channels); });
+  cv::Mat copy = withClearErrors(kMosaicStays, [&] { return frameCopy(frame, options_.channels); });
   if (first_.empty() && !keepsReference_) return waiting(std::move(copy));
   if (!goesOn(Stage::kStitching)) return result;
 
-  const EngineCall call = withClearErrors([&] { return stitch(copy, usable(movementWith(hint))); });
+  const EngineCall call =
+      withClearErrors(kMosaicStays, [&] { return search(copy, usable(movementWith(hint))); });
   // The engine also says it of a mosaic in which a first frame lies alone, but a blend makes it so.
   full_ = call.result == 1 && call.blended;
   const Judgement judgement = judge(call, options_);
@@ -188,6 +197,14 @@ FrameResult Session::Impl::refusedAsFull() const {
 
 double Session::Impl::mosaicPixels() const {
   return static_cast<double>(run_->matrix().rows) * run_->matrix().cols;
+}
+
+/// A strip of low contrast, or a narrow one, may hold too few corners where the whole frame has
+/// enough: a hint that leads nowhere is dropped. A call without an estimate has changed nothing.
+EngineCall Session::Impl::search(cv::Mat& frame, std::optional<cv::Point> movement) {
+  EngineCall call = stitch(frame, movement);
+  if (call.result < 0 && movement) call = stitch(frame, std::nullopt);
+  return call;
 }
 
 /// Until a pair has qualified the run keeps no reference: the first frame goes along again, and the
@@ -230,7 +247,7 @@ void Session::Impl::replaceFirst(const FrameView& frame, FrameResult& result) {
   if (anyJoined_ || result.reason == Refusal::kMovedTooLittle) return;
   if (++failures_ < kMostFailures) return;
   // Copied again: the overlap criterion has overwritten the copy that was stitched.
-  first_ = withClearErrors([&] { return frameCopy(frame, options_.channels); });
+  first_ = withClearErrors(kMosaicStays, [&] { return frameCopy(frame, options_.channels); });
   firstFrame_ = frames_;
   keepsReference_ = false;
   failures_ = 0;
@@ -271,7 +288,8 @@ cv::Mat Session::copyRegion(const cv::Rect& region) const {
     throw Error(ErrorCode::kInvalidOption,
                 "the region has a negative size: give its top-left corner, width and height");
   }
-  return withClearErrors([&] { return impl_->mosaic().copy(region, impl_->mosaicType()); });
+  return withClearErrors(kMosaicStays,
+                         [&] { return impl_->mosaic().copy(region, impl_->mosaicType()); });
 }
 
 void Session::stop() noexcept { impl_->stop(); }

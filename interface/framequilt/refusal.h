@@ -12,8 +12,8 @@ namespace framequilt {
 
 enum class Refusal {
   kNone,
-  kNoOverlap,       ///< No pairs of corners agree on an offset.
-  kTooFewMatches,   ///< Some do, but not enough to trust it.
+  kNoOverlap,       ///< No more pairs of corners agree on an offset than do by chance.
+  kTooFewMatches,   ///< Some more do, but not enough to trust it.
   kMovedTooLittle,  ///< Hardly anything new is in view.
   kMovedTooFar,     ///< Hardly anything of the frame before is in view.
   kMovingScene,     ///< Motion criterion: the view changed more than the limit.

@@ -90,7 +90,9 @@ struct SessionOptions {
   Criterion criterion = Criterion::kMotion;
   bool dynamicScene = false;  ///< Narrow limits, for a scene that moves by itself.
   int scale = kAutoScale;     ///< Frame pixels per mosaic pixel: 1, 2 or `kAutoScale`.
-  int cornerBudget = 1;       ///< 0..1000; each step looks for 31 more corners, and takes longer.
+  /// 0..1000; each step looks for about 31 more corners a frame (26 at scale 2). More corners join
+  /// frames that overlap less, and take longer.
+  int cornerBudget = 8;
   /// The mosaic is full once it has maxRows * maxCols pixels, below 2^31. It begins with 6000 x
   /// 6000 pixels, so a smaller product is reached with the first pair.
   int maxRows = 20000;
@@ -157,9 +159,10 @@ class FRAMEQUILT_EXPORT Session {
   /// becomes colour as the mosaic asks, an alpha channel is dropped.
   ///
   /// \param hint  How far the camera moved since the frame handed over before, in frame pixels in
-  ///              the sense of the placements. Corners are then looked for in the overlap alone.
-  ///              Hints of refused frames add up; when one of them had none, or when together they
-  ///              leave no overlap, the whole frame is searched.
+  ///              the sense of the placements. Corners are then looked for in the overlap alone,
+  ///              and in the whole frame only where that finds no offset. Hints of refused frames
+  ///              add up; when one of them had none, or when together they leave no overlap, they
+  ///              are not used.
   /// \throws Error for a frame of another size and when memory runs out; the session goes on.
   FrameResult add(const FrameView& frame, std::optional<cv::Point> hint = std::nullopt);
   /// 8 bits with 1 (gray), 3 (BGR) or 4 (BGRA) channels.

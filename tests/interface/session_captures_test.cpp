@@ -32,6 +32,7 @@ SessionOptions optionsOf(const CaptureKind& kind) {
   options.cols = settings.cols;
   options.channels = kind.channels;
   options.scale = kind.scale;
+  options.cornerBudget = settings.cornerBudget;
   options.criterion = kind.stitchMode != 0 ? Criterion::kMotion : Criterion::kOverlap;
   options.dynamicScene = kind.staticDynamicFlag != 0;
   return options;

@@ -66,9 +66,11 @@ TEST(SessionErrors, OfMemorySaySo) {
 }
 
 TEST(SessionErrors, OfOtherKindsNameTheCause) {
-  EXPECT_EQ(errorOfAnswer(throwing([] { throw matrixError(cv::Error::StsBadSize); })),
-            (ThrownError{ErrorCode::kEngineFailed,
-                         "stitching failed (no luck): the mosaic so far stays"}));
+  EXPECT_EQ(
+      errorOfAnswer(throwing([] { throw matrixError(cv::Error::StsBadSize); })),
+      (ThrownError{ErrorCode::kEngineFailed,
+                   "stitching failed (no luck): the mosaic so far stays; use scale 2 or begin "
+                   "another mosaic"}));
 }
 
 TEST(SessionErrors, LeaveTheMosaicAndTheSessionGoesOn) {
@@ -113,7 +115,8 @@ TEST(SessionErrors, LeaveAFirstFrameAsItWas) {
 
 TEST(SessionErrors, LeaveHintsAsTheyWere) {
   ScriptedEngine engine;
-  engine.answers = {ScriptedEngine::blended(30, 0), ScriptedEngine::noEstimate(), kNoMemory};
+  engine.answers = {ScriptedEngine::blended(30, 0), ScriptedEngine::measured(1, 1), kNoMemory,
+                    ScriptedEngine::measured(1, 1)};
   Session session(options());
   session.add(frame());
   session.add(frame());

@@ -205,3 +205,11 @@ TEST_F(WrongFrames, DoNotEndTheSessionNorCount) {
   EXPECT_EQ(third.placement, cv::Point(5, 1));
   EXPECT_EQ(engine_.calls.size(), 2U);
 }
+
+TEST_F(WrongFrames, WithRowsThatRunIntoEachOther) {
+  const cv::Mat pixels = good(9);
+  EXPECT_EQ(
+      refusalOf(FrameView{pixels.data, kRows, kCols, kCols - 1, PixelOrder::kGray}),
+      "frame 0 has rows of 10 bytes that begin every 9 bytes: give the bytes from row to row");
+  EXPECT_NO_THROW(session_.add(FrameView{pixels.data, kRows, kCols, kCols, PixelOrder::kGray}));
+}

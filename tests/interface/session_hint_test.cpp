@@ -51,7 +51,7 @@ std::string seenOf(cv::Point hint, int scale = 1) {
   return seenHints({ScriptedEngine::noEstimate()}, {std::nullopt, hint}, scale).at(0);
 }
 
-const ScriptedEngine::Answer kRefused = ScriptedEngine::noEstimate();
+const ScriptedEngine::Answer kRefused = ScriptedEngine::measured(1, 1);
 const ScriptedEngine::Answer kStill = ScriptedEngine::qualified(0, 0);
 const ScriptedEngine::Answer kJoined = ScriptedEngine::blended(20, 0);
 
@@ -108,6 +108,16 @@ TEST(SessionHints, AreOfNoUseOnceARefusedFrameHadNone) {
                       {std::nullopt, cv::Point(20, 5), std::nullopt, cv::Point(7, 1),
                        cv::Point(3, 1), cv::Point(5, 6)}),
             (Seen{"20 5", "-", "-", "-", "5 6"}));
+}
+
+TEST(SessionHints, ThatLeadNowhereAreDropped) {
+  const ScriptedEngine::Answer nothing = ScriptedEngine::noEstimate();
+  EXPECT_EQ(
+      seenHints({nothing, kJoined, kJoined}, {std::nullopt, cv::Point(20, 5), cv::Point(10, 2)}),
+      (Seen{"20 5", "-", "10 2"}));
+  EXPECT_EQ(seenHints({nothing, nothing, nothing, kJoined},
+                      {std::nullopt, cv::Point(20, 5), cv::Point(10, 2)}),
+            (Seen{"20 5", "-", "30 7", "-"}));
 }
 
 TEST(SessionHints, ThatLeaveNoOverlapAreOfNoUse) {

@@ -77,7 +77,7 @@ TEST(SessionOptions, ReachTheEngine) {
             }),
             (std::vector<int>{8, 10, 3, 5, 700, 900, 0, 1}));
   EXPECT_EQ(startedWith([](SessionOptions& options) { options.channels = 1; }),
-            (std::vector<int>{8, 10, 1, 1, 20000, 20000, 1, 0}));
+            (std::vector<int>{8, 10, 1, 8, 20000, 20000, 1, 0}));
 }
 
 TEST(SessionOptions, NeedASize) {

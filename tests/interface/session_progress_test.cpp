@@ -120,7 +120,7 @@ TEST_F(SessionProgress, ACancelledFirstFrameIsNone) {
 }
 
 TEST_F(SessionProgress, ACancelledFrameLeavesEverythingAsItWas) {
-  engine_.answers = {ScriptedEngine::blended(30, 0), ScriptedEngine::noEstimate(),
+  engine_.answers = {ScriptedEngine::blended(30, 0), ScriptedEngine::measured(1, 1),
                      ScriptedEngine::blended(20, 5)};
   session_.add(frame());
   session_.add(frame());

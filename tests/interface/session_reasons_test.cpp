@@ -89,7 +89,13 @@ TEST(SessionReasons, AFailureThatCountedPairsHadTooFew) {
   const FrameResult result = resultOf(ScriptedEngine::failedWith(10));
   EXPECT_EQ(result.reason, Refusal::kTooFewMatches);
   EXPECT_EQ(explain(result), "too few matches: matches 10, needs at least 11");
-  EXPECT_EQ(resultOf(ScriptedEngine::failedWith(1)).reason, Refusal::kTooFewMatches);
+  EXPECT_EQ(resultOf(ScriptedEngine::failedWith(4)).reason, Refusal::kTooFewMatches);
+}
+
+TEST(SessionReasons, PairsThatAgreeByChanceAreNoOverlap) {
+  const FrameResult result = resultOf(ScriptedEngine::failedWith(3));
+  EXPECT_EQ(result.reason, Refusal::kNoOverlap);
+  EXPECT_EQ(explain(result), "no overlap found: matches 3, needs at least 11");
 }
 
 TEST(SessionReasons, ACountLeftByAnEarlierFrameIsNoReason) {

@@ -65,9 +65,9 @@ TEST_F(SessionRefusals, AnUnrelatedFrameHasAFewMatchesByChance) {
   Session session(options());
   join(session);
   const FrameResult result = add(session, unrelated());
-  EXPECT_EQ(result.reason, Refusal::kTooFewMatches);
+  EXPECT_EQ(result.reason, Refusal::kNoOverlap);
   EXPECT_GT(result.judged.value, 0);
-  EXPECT_LT(result.judged.value, 11);
+  EXPECT_LE(result.judged.value, 3);
   EXPECT_EQ(addAt(session, 220, 100).placement, cv::Point(200, 0));
 }
 
@@ -76,10 +76,10 @@ TEST_F(SessionRefusals, ReasonsAreThoseOfTheFrameItself) {
   join(session);
   const FrameResult first = add(session, unrelated());
   const FrameResult same = add(session, unrelated());
-  EXPECT_EQ(same.reason, Refusal::kTooFewMatches);
+  EXPECT_EQ(same.reason, first.reason);
   EXPECT_EQ(same.judged.value, first.judged.value);
   EXPECT_EQ(add(session, blank()).reason, Refusal::kNoOverlap);
-  EXPECT_EQ(add(session, unrelated()).reason, Refusal::kTooFewMatches);
+  EXPECT_EQ(add(session, unrelated()).judged.value, first.judged.value);
   EXPECT_EQ(addAt(session, 120, 100).reason, Refusal::kMovedTooLittle);
   EXPECT_EQ(add(session, blank()).reason, Refusal::kNoOverlap);
   EXPECT_EQ(add(session, blank()).reason, Refusal::kNoOverlap);
