@@ -94,7 +94,24 @@ TEST_F(ProgramErrors, CameraMissing) {
 
 TEST_F(ProgramErrors, OnePictureOnly) {
   expectRefusal({"stitch", one(), "-o", mosaic()},
-                "'" + one() + "' is the only picture: give two or more");
+                "'" + one() + "' gives only one frame: give two or more");
+}
+
+TEST_F(ProgramErrors, OutputThatIsAnInput) {
+  expectRefusal({"stitch", one(), two(), "-o", two()},
+                "'" + two() + "' is an input: write to another file");
+}
+
+TEST_F(ProgramErrors, HintsThatCannotBeRead) {
+  const std::string hints = pictures_.file("hints.csv");
+  writeText(hints, "frame,dx,dy\n2,left,0\n");
+  const ProgramRun result =
+      framequiltRun({"stitch", one(), two(), "-o", mosaic(), "--hints", hints});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.err, "framequilt: '" + hints +
+                            "' line 2: 'left' in column 'dx' is no finite number: write one such "
+                            "as 12 or 12.5\n");
+  EXPECT_EQ(outputs_.names(), std::vector<std::string>{});
 }
 
 TEST_F(ProgramErrors, OutputFolderMissing) {
@@ -127,9 +144,9 @@ TEST_F(ProgramErrors, PictureTooLargeForScaleOne) {
   const TemporaryFolder large;
   save(large.file("a.png"), texture(20, 6001));
   save(large.file("b.png"), texture(20, 6001));
-  expectRefusal({"stitch", large.path(), "-o", mosaic()},
-                "frames of 6001 x 20 pixels are more than 6000 a side: use --scale 2");
-  EXPECT_EQ(framequiltRun({"stitch", large.path(), "-o", mosaic(), "--scale", "2"}).status, 1);
+  expectRefusal({"stitch", large.path(), "-o", mosaic(), "--scale", "1"},
+                "frames of 6001 x 20 pixels are more than 6000 a side: use scale 2");
+  EXPECT_EQ(framequiltRun({"stitch", large.path(), "-o", mosaic()}).status, 1);
 }
 
 TEST_F(ProgramErrors, AFileThatDoesNotFitKeepsTheOlderMosaic) {
@@ -170,6 +187,10 @@ TEST_F(ProgramErrors, WrongUsageGivesStatusTwo) {
       {"stitch", one(), two(), "-o", mosaic(), "--corner-budget", "-1"},
       {"stitch", one(), two(), "-o", mosaic(), "--max-rows", "0"},
       {"stitch", one(), two(), "-o", mosaic(), "--max-cols", "many"},
+      {"stitch", one(), two(), "-o", mosaic(), "--crop", "some"},
+      {"stitch", one(), two(), "-o", mosaic(), "--static", "--dynamic"},
+      {"stitch", one(), two(), "-o", mosaic(), "--quiet", "--verbose"},
+      {"info", "more"},
       {"stitch", one(), two(), "-o", mosaic(), "--unknown"}};
   for (const auto& arguments : wrong) {
     const ProgramRun result = framequiltRun(arguments);

@@ -21,6 +21,7 @@ struct CaptureShape {
 
 struct SourceFrame {
   cv::Mat pixels;              ///< 8 bits a channel, of the capture's shape, owned by the frame.
+  std::size_t number;          ///< Its place in the capture, from 1, with those that are left out.
   std::string name;            ///< For reports: "f3.jpg", "clip.avi#12", "camera:0#12".
   std::filesystem::path path;  ///< The picture's file; empty for a frame of a video or a camera.
 };

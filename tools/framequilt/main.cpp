@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <exception>
 #include <iostream>
@@ -7,6 +9,7 @@
 #include <opencv2/core/utils/logger.hpp>
 
 #include "tools/framequilt/evaluate_command.h"
+#include "tools/framequilt/info_command.h"
 #include "tools/framequilt/options_evaluate.h"
 #include "tools/framequilt/options_simulate.h"
 #include "tools/framequilt/options_stitch.h"
@@ -30,6 +33,11 @@ ExitStatus delivered(ExitStatus status) {
   return std::cout ? status : complain("standard output cannot be written");
 }
 
+ExitStatus printInfo() {
+  std::cout << infoText();
+  return delivered(kDone);
+}
+
 ExitStatus runProgram(int argc, char** argv) {
   CLI::App app("Stitches the frames of a moving camera into one mosaic.", "framequilt");
   app.set_version_flag("--version", "framequilt " FRAMEQUILT_VERSION);
@@ -40,6 +48,8 @@ ExitStatus runProgram(int argc, char** argv) {
   addStitchCommand(app, stitchOptions);
   const CLI::App& simulateCommand = addSimulateCommand(app, simulateOptions);
   const CLI::App& evaluateCommand = addEvaluateCommand(app, evaluateOptions);
+  const CLI::App& infoCommand =
+      *app.add_subcommand("info", "Tell version, build and backends, and why one is not used");
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
@@ -47,7 +57,8 @@ ExitStatus runProgram(int argc, char** argv) {
   }
   if (simulateCommand.parsed()) return delivered(simulate(simulateOptions, std::cout));
   if (evaluateCommand.parsed()) return delivered(evaluate(evaluateOptions, std::cout));
-  return delivered(stitch(stitchOptions, std::cout, std::cerr));
+  if (infoCommand.parsed()) return printInfo();
+  return delivered(stitch(stitchOptions, {std::cout, std::cerr, ::isatty(STDERR_FILENO) == 1}));
 }
 
 }  // namespace

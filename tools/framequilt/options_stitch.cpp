@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <limits>
+#include <map>
 
 namespace framequilt::tool {
 namespace {
@@ -18,25 +19,25 @@ void requireLimitFits(const StitchOptions& options) {
   }
 }
 
-}  // namespace
-
-CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
-  CLI::App& command = *app.add_subcommand("stitch", "Stitch pictures into one mosaic");
+void addInputs(CLI::App& command, StitchOptions& options) {
   command
       .add_option("inputs", options.inputs,
-                  "Pictures in the order they were taken, folders of pictures and quoted patterns "
-                  "such as 'shots/f*.png' (natural order: f2 before f10); or one video; or a "
-                  "camera, as camera:0")
+                  "Pictures in the order they were taken, folders of pictures (natural order: f2 "
+                  "before f10), patterns such as 'shots/*.png', one video file, or camera:N")
       ->required()
       ->type_name("INPUT");
   command
-      .add_option("-o,--output", options.output, "The mosaic to write: .png, .jpg, .tif or .bmp")
-      ->required()
-      ->type_name("FILE");
-  const CLI::Range positive(1, std::numeric_limits<int>::max());
-  command.add_option("--every", options.every, "Take only every Nth frame, from the first on")
-      ->check(positive)
+      .add_option("--every", options.every, "Take only each Nth frame, beginning with the first")
+      ->check(CLI::Range(1, std::numeric_limits<int>::max()))
       ->capture_default_str();
+  command
+      .add_option("--hints", options.hints,
+                  "How the camera moved, where it is known: columns frame,dx,dy (since the frame "
+                  "before) or frame,x,y (position), in pixels")
+      ->type_name("FILE.csv");
+}
+
+void addJudging(CLI::App& command, StitchOptions& options) {
   command
       .add_option("--mode", options.mode,
                   "Judge a frame by how the view changed (motion) or by brightness and sharpness "
@@ -49,29 +50,78 @@ CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
       .add_flag("--dynamic", options.dynamicScene,
                 "The scene moves too: join only frames that differ little")
       ->excludes(still);
+  const std::map<std::string, int> scales = {{"auto", kAutoScale}, {"1", 1}, {"2", 2}};
   command
       .add_option("--scale", options.scale,
-                  "Divisor from picture to mosaic size; 2 also takes pictures above 6000 a side")
-      ->check(CLI::IsMember({1, 2}))
-      ->capture_default_str();
+                  "Divisor from frame to mosaic size: 1, 2 or auto, which is 2 only for frames "
+                  "above 6000 a side")
+      ->transform(CLI::Transformer(scales))
+      ->check(CLI::IsMember({kAutoScale, 1, 2}))
+      ->type_name("1|2|auto")
+      ->default_str("auto");
   command
       .add_option("--corner-budget", options.cornerBudget,
                   "More corners per frame: each step about 31, and slower")
       ->check(CLI::Range(0, kLargestCornerBudget))
       ->capture_default_str();
-  command.add_option("--max-rows", options.maxRows, "Stop when the mosaic, with its margins, has")
+  const CLI::Range positive(1, std::numeric_limits<int>::max());
+  command
+      .add_option("--max-rows", options.maxRows,
+                  "Stop when the mosaic, with its margins (6000 x 6000 at first), has")
       ->check(positive)
       ->capture_default_str();
   command.add_option("--max-cols", options.maxCols, "... max-rows x max-cols pixels")
       ->check(positive)
       ->capture_default_str();
+}
+
+void addOutputs(CLI::App& command, StitchOptions& options) {
+  command
+      .add_option("-o,--output", options.output,
+                  "The mosaic to write: .png, .jpg, .bmp or, of any size, .tif")
+      ->required()
+      ->type_name("FILE");
+  command
+      .add_option("--crop", options.crop,
+                  "Write what frames cover (box), or the margins around it too (none)")
+      ->check(CLI::IsMember({"box", "none"}))
+      ->capture_default_str();
   command
       .add_option("--placements", options.placements,
-                  "Also write where each frame lies: frame,file,x,y,joined")
+                  "Also write where each frame lies: frame,file,x,y,joined ('-': standard output)")
       ->type_name("FILE.csv");
-  command.add_flag("--verbose", options.verbose,
-                   "Tell about each frame, and show the engine's own lines, on standard error");
+  command
+      .add_option("--report", options.report,
+                  "Also write what was measured and decided for each frame ('-': standard output)")
+      ->type_name("FILE.json");
+  command.add_flag("--outlines", options.outlines,
+                   "Also write NAME-outlines beside the mosaic: a copy with each frame's border "
+                   "and number");
+}
+
+void addTalk(CLI::App& command, StitchOptions& options) {
+  CLI::Option* quiet = command.add_flag("--quiet", options.quiet,
+                                        "Neither progress nor summary; only what is amiss");
+  command
+      .add_flag("--verbose", options.verbose,
+                "Tell about each frame, and show the engine's own lines, on standard error")
+      ->excludes(quiet);
+}
+
+}  // namespace
+
+CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
+  CLI::App& command =
+      *app.add_subcommand("stitch", "Stitch pictures, a video or a camera into one mosaic");
+  addInputs(command, options);
+  addOutputs(command, options);
+  addJudging(command, options);
+  addTalk(command, options);
   command.callback([&options] { requireLimitFits(options); });
+  command.footer(
+      "Each frame should share about half of its area with the one before. Exit status: 0 when a\n"
+      "mosaic was written, 1 when nothing could be joined, 2 for bad usage or unreadable input.\n"
+      "Ctrl-C writes the mosaic so far.");
   return command;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <framequilt/session.h>
+
 #include <CLI/CLI.hpp>
 #include <string>
 #include <vector>
@@ -11,15 +13,23 @@ namespace framequilt::tool {
 struct StitchOptions {
   std::vector<std::string> inputs;
   std::string output;
-  int every = 1;           ///< Takes each Nth frame.
-  std::string placements;  ///< Empty: none wanted.
+  std::string placements;  ///< Empty: none wanted; "-": standard output. So with `report`.
+  std::string report;
+  std::string hints;  ///< Empty: none known.
+  bool outlines = false;
   std::string mode = "motion";
   bool dynamicScene = false;
-  int scale = 1;
-  int cornerBudget = 1;
-  int maxRows = 20000;
-  int maxCols = 20000;
+  int scale = kAutoScale;
+  int cornerBudget = SessionOptions().cornerBudget;
+  int maxRows = SessionOptions().maxRows;
+  int maxCols = SessionOptions().maxCols;
+  int every = 1;
+  std::string crop = "box";
+  bool quiet = false;
   bool verbose = false;
+
+  /// A result other than the summary goes to standard output.
+  bool writesToStandardOutput() const { return placements == "-" || report == "-"; }
 };
 
 /// Adds the command to `app`; parsing then fills `options`, which has to outlive it.

@@ -18,6 +18,7 @@ namespace fs = std::filesystem;
 /// A picture whose header could be read.
 struct Surveyed {
   fs::path path;
+  std::size_t number;  // In the capture, from 1.
   PictureHeader header;
 
   cv::Size size() const { return {header.cols, header.rows}; }
@@ -66,10 +67,11 @@ PictureSource::PictureSource(const std::vector<fs::path>& pictures, const InputS
 
 /// Reads the headers.
 void PictureSource::survey(const std::vector<fs::path>& pictures) {
-  for (const fs::path& picture : pictures) {
-    if (settings_.stopAsked()) break;
+  const auto step = static_cast<std::size_t>(settings_.every);
+  for (std::size_t i = 0; i < pictures.size() && !settings_.stopAsked(); ++i) {
+    const fs::path& picture = pictures[i];
     try {
-      pictures_.push_back({picture, readHeader(picture)});
+      pictures_.push_back({picture, 1 + i * step, readHeader(picture)});
     } catch (const PictureError& failure) {
       settings_.remark(std::string(failure.what()) + ": left out");
       ++unusable_;
@@ -144,9 +146,9 @@ std::optional<cv::Mat> PictureSource::read(const fs::path& picture) {
 
 std::optional<SourceFrame> PictureSource::next() {
   while (next_ < pictures_.size() && !settings_.stopAsked()) {
-    const fs::path& path = pictures_[next_++].path;
+    const auto& [path, number, header] = pictures_[next_++];
     std::optional<cv::Mat> pixels = read(path);
-    if (pixels) return SourceFrame{std::move(*pixels), path.filename().string(), path};
+    if (pixels) return SourceFrame{std::move(*pixels), number, path.filename().string(), path};
     ++damaged_;
   }
   return std::nullopt;

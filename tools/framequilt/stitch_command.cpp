@@ -1,168 +1,148 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/stitch_command.h"
 
-#include <chrono>
-#include <filesystem>
-#include <memory>
-#include <new>
-#include <opencv2/core.hpp>
-#include <optional>
-#include <string>
+#include <framequilt/session.h>
 
+#include <memory>
+#include <opencv2/core/mat.hpp>
+#include <string>
+#include <vector>
+
+#include "tools/framequilt/console.h"
 #include "tools/framequilt/engine_lines.h"
 #include "tools/framequilt/frame_source.h"
-#include "tools/framequilt/output_file.h"
+#include "tools/framequilt/hints.h"
+#include "tools/framequilt/interruption.h"
+#include "tools/framequilt/outlines.h"
 #include "tools/framequilt/path_text.h"
-#include "tools/framequilt/picture_format.h"
+#include "tools/framequilt/report_json.h"
 #include "tools/framequilt/stitch_log.h"
+#include "tools/framequilt/stitch_loop.h"
+#include "tools/framequilt/stitch_outputs.h"
 
 namespace framequilt::tool {
 namespace {
 
-namespace fs = std::filesystem;
+constexpr const char* kCropNothing = "none";
 
-RunSettings settingsOf(const StitchOptions& options, const CaptureShape& shape) {
-  RunSettings settings{shape.rows, shape.cols, shape.channels};
-  settings.overlapMode = options.mode == "overlap";
-  settings.dynamicScene = options.dynamicScene;
-  settings.scale = options.scale;
-  settings.cornerBudget = options.cornerBudget;
-  settings.maxRows = options.maxRows;
-  settings.maxCols = options.maxCols;
-  return settings;
+Console::Amount amountOf(const StitchOptions& options) {
+  if (options.quiet) return Console::Amount::kQuiet;
+  return options.verbose ? Console::Amount::kVerbose : Console::Amount::kNormal;
 }
 
-Outcome offerTimed(RunDriver& run, const cv::Mat& frame, double& milliseconds) {
-  const auto start = std::chrono::steady_clock::now();
-  const Outcome outcome = run.offer(frame);
-  milliseconds =
-      std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count();
-  return outcome;
-}
-
-std::string verdictText(const Outcome& outcome) {
-  switch (outcome.verdict) {
-    case Outcome::Verdict::kWaiting:
-      return "first frame";
-    case Outcome::Verdict::kJoined:
-      return "joined at (" + std::to_string(outcome.placement.x) + ", " +
-             std::to_string(outcome.placement.y) + "), " + std::to_string(outcome.matches) +
-             " matches";
-    case Outcome::Verdict::kRefused:
-    case Outcome::Verdict::kBecameFirst:
-      return "refused, " + std::string(text(outcome.refusal));
-  }
-  return {};
-}
-
-void tell(const fs::path& picture, const Outcome& outcome, bool verbose, std::ostream& notes) {
-  if (verbose) notes << "framequilt: " << inQuotes(picture) << ": " << verdictText(outcome) << "\n";
-  if (outcome.verdict == Outcome::Verdict::kBecameFirst) {
-    notes << "framequilt: three frames did not fit the first one: starting again from "
-          << inQuotes(picture) << "\n";
-  }
-}
-
-InputSettings inputSettingsOf(const StitchOptions& options, std::ostream& notes) {
+std::unique_ptr<FrameSource> openSource(const StitchOptions& options, Console& console) {
   InputSettings settings;
   settings.output = options.output;
   settings.every = options.every;
-  settings.note = [&notes](const std::string& line) { notes << "framequilt: " << line << "\n"; };
-  return settings;
-}
-
-/// Offers the frames one after another until the mosaic is full.
-void stitchFrames(RunDriver& run, FrameSource& source, bool verbose, StitchLog& log,
-                  std::ostream& notes) {
-  while (const std::optional<SourceFrame> taken = source.next()) {
-    const fs::path picture = taken->path.empty() ? fs::path(taken->name) : taken->path;
-    // A mosaic holds 0 where no frame lies.
-    const cv::Mat frame = cv::max(taken->pixels, cv::Scalar::all(1));
-    double milliseconds = 0;
-    const Outcome outcome = offerTimed(run, frame, milliseconds);
-    log.add(picture, outcome, milliseconds);
-    tell(picture, outcome, verbose, notes);
-    if (!outcome.full) continue;
-    notes << "framequilt: the mosaic is full";
-    if (const auto count = source.count()) {
-      notes << " (pictures not read: " << *count - log.entries().size() << ")";
-    }
-    notes << ": raise --max-rows or --max-cols\n";
-    return;
+  settings.note = [&console](const std::string& text) { console.remark(text); };
+  settings.interrupted = Interruption::wanted;
+  std::unique_ptr<FrameSource> source = openInputs(options.inputs, settings);
+  if (source->count() == std::size_t{1}) {
+    throw ToolError(inQuotes(options.inputs.front()) + " gives only one frame: give two or more");
   }
+  return source;
 }
 
-/// Runs `action`; true when it ran to its end, else the reason is on `notes` as one line.
-template <class Action>
-bool survives(Action action, std::ostream& notes) {
-  try {
-    action();
-    return true;
-  } catch (const std::bad_alloc&) {
-    notes << "framequilt: out of memory: use --scale 2 or fewer pictures\n";
-  } catch (const cv::Exception& failure) {
-    if (failure.code == cv::Error::StsNoMem) {
-      notes << "framequilt: out of memory: use --scale 2 or fewer pictures\n";
-    } else {
-      notes << "framequilt: stitching failed (" << failure.err << "): use fewer pictures\n";
-    }
-  } catch (const ToolError& failure) {
-    notes << "framequilt: " << failure.what() << "\n";
+SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& shape) {
+  SessionOptions session;
+  session.rows = shape.rows;
+  session.cols = shape.cols;
+  session.channels = shape.channels;
+  session.criterion = options.mode == "overlap" ? Criterion::kOverlap : Criterion::kMotion;
+  session.dynamicScene = options.dynamicScene;
+  session.scale = options.scale;
+  session.cornerBudget = options.cornerBudget;
+  session.maxRows = options.maxRows;
+  session.maxCols = options.maxCols;
+  return session;
+}
+
+/// The picture to write, and where the first placed frame lies in it.
+struct Picture {
+  cv::Mat pixels;
+  cv::Point first;
+};
+
+Picture pictureOf(const Session& session, bool withMargins) {
+  Picture picture{session.mosaic(), -session.steadyBox().tl()};
+  if (picture.pixels.empty() || !withMargins) return picture;
+  cv::Size whole;
+  cv::Point corner;
+  picture.pixels.locateROI(whole, corner);
+  picture.pixels.adjustROI(corner.y, whole.height, corner.x, whole.width);
+  picture.first += corner;
+  return picture;
+}
+
+std::vector<FrameOutline> outlinesOf(const StitchLog& log, const Picture& picture,
+                                     const SessionOptions& options, int scale) {
+  std::vector<FrameOutline> outlines;
+  for (const StitchLog::Entry& entry : log.entries()) {
+    if (!entry.joined) continue;
+    outlines.push_back(
+        {entry.number, cv::Rect(picture.first + entry.placement / scale,
+                                cv::Size(options.cols / scale, options.rows / scale))});
   }
-  return false;
+  return outlines;
 }
 
-void requireTwoFrames(FrameSource& source) {
-  if (source.count() != std::size_t{1}) return;
-  if (const std::optional<SourceFrame> only = source.next()) {
-    throw ToolError(inQuotes(only->path.empty() ? fs::path(only->name) : only->path) +
-                    " is the only picture: give two or more");
+std::string sourceText(const FrameSource& source) {
+  std::string lines;
+  if (source.skipped() > 0) lines += "left out: " + std::to_string(source.skipped()) + "\n";
+  if (source.dropped() > 0) {
+    lines += "dropped: " + std::to_string(source.dropped()) + " (newer frames came first)\n";
   }
+  return lines;
 }
 
-void requireTwoNames(const StitchOptions& options) {
-  if (!options.placements.empty() && fs::path(options.placements) == fs::path(options.output)) {
-    throw ToolError(inQuotes(options.output) +
-                    " is asked to be mosaic and placements: name two files");
+std::string mosaicText(const cv::Mat& mosaic) {
+  if (mosaic.empty()) {
+    return "no mosaic written: nothing could be joined; each frame should share about half with "
+           "the one before\n";
   }
-}
-
-void publish(OutputFile& file, const std::string& content) {
-  file.publish(content.data(), content.size());
+  return "mosaic: " + std::to_string(mosaic.cols) + " x " + std::to_string(mosaic.rows) +
+         " pixels, " + (mosaic.channels() == 1 ? "gray" : "colour") + "\n";
 }
 
 }  // namespace
 
-ExitStatus stitch(const StitchOptions& options, std::ostream& out, std::ostream& notes,
-                  const EntryPoints& engine) {
-  requireWritableFormat(options.output);
-  requireTwoNames(options);
-  const std::unique_ptr<FrameSource> source =
-      openInputs(options.inputs, inputSettingsOf(options, notes));
-  requireTwoFrames(*source);
-  OutputFile output(options.output);
-  std::optional<OutputFile> placements;
-  if (!options.placements.empty()) placements.emplace(options.placements);
+ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
+  StitchOutputs outputs(options, streams.out);
+  const Interruption interruption;
+  Console console(streams.notes, streams.notesOnTerminal, amountOf(options));
+  const Hints hints = options.hints.empty() ? Hints() : Hints::fromFile(options.hints);
+  const std::unique_ptr<FrameSource> source = openSource(options, console);
+  const SessionOptions shape = sessionOptions(options, source->shape());
 
   const EngineLines lines(options.verbose);
-  RunDriver run(settingsOf(options, source->shape()), engine);
+  Session session(shape);
   StitchLog log;
-  survives([&] { stitchFrames(run, *source, options.verbose, log, notes); }, notes);
+  const LoopEnd end = stitchFrames(*source, hints, session, log, console);
+  session.stop();
 
-  out << log.countsText();
-  const cv::Mat mosaic = run.mosaic();
-  if (mosaic.empty()) {
-    out << "no mosaic written: nothing could be joined; pictures should share about half with the "
-           "one before, --corner-budget 30 finds more matches\n";
-    return kNothingJoined;
+  const Picture picture = pictureOf(session, options.crop == kCropNothing);
+  const bool written = !picture.pixels.empty();
+  if (written) {
+    outputs.publishMosaic(picture.pixels);
+    if (outputs.wantsOutlines()) {
+      outputs.publishOutlines(
+          withOutlines(picture.pixels, outlinesOf(log, picture, shape, session.scale())));
+    }
+    outputs.publishPlacements(log.placementsCsv());
   }
-  writePicture(mosaic, output);
-  output.publish();
-  if (placements) publish(*placements, log.placementsCsv());
-  out << "mosaic: " << mosaic.cols << " x " << mosaic.rows << " pixels, "
-      << (mosaic.channels() == 1 ? "gray" : "colour") << "\n"
-      << log.timesText() << "written to: " << options.output << "\n";
-  return kMosaicWritten;
+  if (outputs.wantsReport()) {
+    outputs.publishReport(
+        reportJson(options,
+                   {session.backend(), session.scale(), picture.pixels.size(), picture.first,
+                    source->skipped(), source->dropped(), end.full, end.interrupted},
+                   log));
+  }
+  if (!options.quiet) {
+    std::ostream& summary = options.writesToStandardOutput() ? streams.notes : streams.out;
+    summary << log.countsText() << sourceText(*source) << mosaicText(picture.pixels);
+    if (written) summary << log.timesText() << "written to: " << options.output << "\n";
+  }
+  return written ? kMosaicWritten : kNothingJoined;
 }
 
 }  // namespace framequilt::tool

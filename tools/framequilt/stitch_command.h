@@ -4,18 +4,22 @@
 #include <ostream>
 
 #include "tools/framequilt/options_stitch.h"
-#include "tools/framequilt/run_driver.h"
 #include "tools/framequilt/tool_error.h"
 
 namespace framequilt::tool {
 
-/// Stitches the pictures of `options`, writes the mosaic and sums up on `out`; notes go to `notes`.
+/// Where the command speaks.
+struct Streams {
+  std::ostream& out;    ///< Results.
+  std::ostream& notes;  ///< Remarks and progress.
+  bool notesOnTerminal = false;
+};
+
+/// Stitches the frames of `options`, writes the mosaic and what else is asked for, and sums up.
 ///
-/// A run that breaks off (out of memory, mosaic full, a picture that can no longer be read) still
-/// writes the mosaic it has.
-/// \return kMosaicWritten, or kNothingJoined with no file written.
-/// \throws ToolError for input or output that cannot be used.
-ExitStatus stitch(const StitchOptions& options, std::ostream& out, std::ostream& notes,
-                  const EntryPoints& engine = {});
+/// A run that breaks off (interrupted, out of memory, mosaic full) still writes the mosaic it has.
+/// \return kMosaicWritten, or kNothingJoined with no mosaic written.
+/// \throws ToolError, Error for input, options or output that cannot be used.
+ExitStatus stitch(const StitchOptions& options, const Streams& streams);
 
 }  // namespace framequilt::tool

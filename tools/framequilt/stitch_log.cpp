@@ -3,77 +3,101 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <map>
 
 #include "tools/framequilt/csv_table.h"
 #include "tools/framequilt/nearest_rank.h"
 #include "tools/framequilt/path_text.h"
 
 namespace framequilt::tool {
+namespace {
 
-std::string_view text(Refusal reason) {
-  switch (reason) {
-    case Refusal::kNone:
-      return "no later frame joined it";
-    case Refusal::kNoOverlap:
-      return "no overlap found";
-    case Refusal::kTooFewMatches:
-      return "too few matches";
-    case Refusal::kMovedTooLittle:
-      return "moved too little";
-    case Refusal::kMovedTooFar:
-      return "moved too far";
-    case Refusal::kMovingScene:
-      return "moving scene";
-    case Refusal::kBrightness:
-      return "brightness differs";
-    case Refusal::kSharpness:
-      return "sharpness differs";
+/// More names than these are only counted.
+constexpr std::size_t kNamesShown = 3;
+
+using Entries = std::vector<const StitchLog::Entry*>;
+
+std::string someNames(const Entries& entries) {
+  std::string names;
+  for (std::size_t i = 0; i < std::min(kNamesShown, entries.size()); ++i) {
+    if (!names.empty()) names += ", ";
+    names += inQuotes(entries[i]->name);
   }
-  return "unknown";
+  if (entries.size() > kNamesShown) {
+    names += " and " + std::to_string(entries.size() - kNamesShown) + " more";
+  }
+  return names;
 }
 
-void StitchLog::add(const std::filesystem::path& picture, const Outcome& outcome,
+/// Without a line end.
+std::string timesLine(double median, double p95) {
+  char line[80];
+  std::snprintf(line, sizeof line, "ms per frame: median %.1f, p95 %.1f", median, p95);
+  return line;
+}
+
+}  // namespace
+
+std::string reasonText(const StitchLog::Entry& entry) {
+  if (entry.result.reason == Refusal::kNone) return "no later frame joined it";
+  return std::string(wordsFor(entry.result.reason).reason);
+}
+
+std::string outcomeText(const FrameResult& result) {
+  switch (result.verdict) {
+    case Verdict::kWaiting:
+      return "first frame";
+    case Verdict::kJoined:
+      return "joined at (" + std::to_string(result.placement.x) + ", " +
+             std::to_string(result.placement.y) + "), " +
+             std::to_string(static_cast<long>(result.measures.matches.value)) + " matches";
+    case Verdict::kRefused:
+      return "refused, " + explain(result);
+    case Verdict::kCancelled:
+      break;
+  }
+  return "cancelled";
+}
+
+void StitchLog::add(std::size_t number, const std::string& name, const FrameResult& result,
                     double milliseconds) {
-  Entry entry{picture,
-              outcome.verdict == Outcome::Verdict::kJoined,
-              outcome.refusal,
-              outcome.placement,
-              {}};
-  if (outcome.verdict != Outcome::Verdict::kWaiting) entry.milliseconds = milliseconds;
-  if (outcome.verdict == Outcome::Verdict::kBecameFirst) first_ = entries_.size();
+  Entry entry{number, name, result, result.verdict == Verdict::kJoined, result.placement, {}};
+  if (result.verdict != Verdict::kWaiting) entry.milliseconds = milliseconds;
+  if (result.becameFirst) first_ = entries_.size();
   entries_.push_back(entry);
-  if (entry.joined) {
-    entries_[first_].joined = true;
-    entries_[first_].reason = Refusal::kNone;
-  }
+  if (entry.joined) entries_[first_].joined = true;
 }
 
-int StitchLog::joined() const {
-  return static_cast<int>(std::count_if(entries_.begin(), entries_.end(),
-                                        [](const Entry& entry) { return entry.joined; }));
+std::size_t StitchLog::joined() const {
+  return static_cast<std::size_t>(std::count_if(entries_.begin(), entries_.end(),
+                                                [](const Entry& entry) { return entry.joined; }));
 }
 
 std::string StitchLog::placementsCsv() const {
   std::string lines = "frame,file,x,y,joined\n";
-  int frame = 0;
   for (const Entry& entry : entries_) {
     const std::string place =
         entry.joined ? std::to_string(entry.placement.x) + "," + std::to_string(entry.placement.y)
                      : ",";
-    lines += std::to_string(++frame) + "," + csvField(entry.picture.filename().string()) + "," +
-             place + "," + (entry.joined ? "1" : "0") + "\n";
+    lines += std::to_string(entry.number) + "," + csvField(entry.name) + "," + place + "," +
+             (entry.joined ? "1" : "0") + "\n";
   }
   return lines;
 }
 
 std::string StitchLog::countsText() const {
-  const int read = static_cast<int>(entries_.size());
-  std::string lines = "frames read: " + std::to_string(read) + "\n";
+  std::string lines = "frames read: " + std::to_string(entries_.size()) + "\n";
   lines += "joined: " + std::to_string(joined()) + "\n";
-  lines += "refused: " + std::to_string(read - joined()) + "\n";
+  lines += "refused: " + std::to_string(refused()) + "\n";
+  std::map<Refusal, Entries> byReason;
   for (const Entry& entry : entries_) {
-    if (entry.joined) continue;
-    lines += "  " + inQuotes(entry.picture) + ": " + std::string(text(entry.reason)) + "\n";
+    if (!entry.joined) byReason[entry.result.reason].push_back(&entry);
+  }
+  for (const auto& [reason, entries] : byReason) {
+    lines += "  " + reasonText(*entries.front()) + ": " + std::to_string(entries.size()) + " (" +
+             someNames(entries) + ")";
+    if (reason != Refusal::kNone) lines.append(": ").append(wordsFor(reason).advice);
+    lines += "\n";
   }
   return lines;
 }
@@ -85,10 +109,7 @@ std::string StitchLog::timesText() const {
   }
   if (times.empty()) return "ms per frame: -\n";
   std::sort(times.begin(), times.end());
-  char line[80];
-  std::snprintf(line, sizeof line, "ms per frame: median %.1f, p95 %.1f\n", nearestRank(times, 50),
-                nearestRank(times, 95));
-  return line;
+  return timesLine(nearestRank(times, 50), nearestRank(times, 95)) + "\n";
 }
 
 }  // namespace framequilt::tool

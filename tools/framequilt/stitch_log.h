@@ -1,42 +1,39 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
-#include <filesystem>
-#include <opencv2/core/types.hpp>
+#include <framequilt/session.h>
+
+#include <cstddef>
 #include <optional>
 #include <string>
-#include <string_view>
 #include <vector>
 
-#include "tools/framequilt/run_driver.h"
-
 namespace framequilt::tool {
-
-/// In words for a summary; a first frame that was given up is refused without a reason of its own.
-std::string_view text(Refusal reason);
 
 /// What became of each frame of a capture.
 class StitchLog {
  public:
   struct Entry {
-    std::filesystem::path picture;
-    bool joined = false;
-    Refusal reason = Refusal::kNone;
-    cv::Point placement{};
-    std::optional<double> milliseconds;  ///< Of the engine; none for a frame it was not given yet.
+    std::size_t number;  ///< In the capture, from 1; counts pictures that were left out too.
+    std::string name;
+    FrameResult result;
+    bool joined = false;    ///< In the mosaic; a first frame is, once another has joined it.
+    cv::Point placement{};  ///< In frame pixels, of a joined frame.
+    std::optional<double> milliseconds;  ///< Of a frame that the engine was given.
   };
 
-  /// Adds the next frame. The first frame counts as joined once another has joined it.
-  void add(const std::filesystem::path& picture, const Outcome& outcome, double milliseconds);
+  /// Adds the next frame.
+  void add(std::size_t number, const std::string& name, const FrameResult& result,
+           double milliseconds);
 
   const std::vector<Entry>& entries() const { return entries_; }
-  int joined() const;
+  std::size_t joined() const;
+  std::size_t refused() const { return entries_.size() - joined(); }
 
-  /// Lines "frame,file,x,y,joined" below a heading; frames are counted from 1, a refused frame has
-  /// neither x nor y.
+  /// Lines "frame,file,x,y,joined" below a heading; a refused frame has neither x nor y.
   std::string placementsCsv() const;
 
-  /// Frames read, joined and refused, each refused one by name and reason.
+  /// Frames read, joined and refused, the refused ones by reason with the first of their names.
   std::string countsText() const;
 
   /// Median and 95th percentile (nearest rank) of the engine's time; "-" without any.
@@ -46,5 +43,12 @@ class StitchLog {
   std::vector<Entry> entries_;
   std::size_t first_ = 0;  // Of the frames that may be placed.
 };
+
+/// Why the frame is not in the mosaic, in a few words; a first frame that nothing joined has no
+/// reason of its own.
+std::string reasonText(const StitchLog::Entry& entry);
+
+/// What became of the frame when it was handed over: "joined at (30, 4), 50 matches".
+std::string outcomeText(const FrameResult& result);
 
 }  // namespace framequilt::tool

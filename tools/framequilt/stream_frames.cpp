@@ -16,7 +16,8 @@ std::optional<SourceFrame> StreamFrames::next() {
   std::optional<NumberedFrame> frame = std::exchange(first_, std::nullopt);
   if (!frame) frame = pullFitting();
   if (!frame) return std::nullopt;
-  return SourceFrame{std::move(frame->pixels), name_ + "#" + std::to_string(frame->number), {}};
+  return SourceFrame{
+      std::move(frame->pixels), frame->number, name_ + "#" + std::to_string(frame->number), {}};
 }
 
 std::optional<NumberedFrame> StreamFrames::pullFitting() {

@@ -1,0 +1,103 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/framequilt/report_json.h"
+
+#include <cmath>
+#include <nlohmann/json.hpp>
+#include <optional>
+
+namespace framequilt::tool {
+namespace {
+
+using Json = nlohmann::ordered_json;
+
+Json json(cv::Point point) { return {{"x", point.x}, {"y", point.y}}; }
+
+/// Null where nothing could be measured: JSON has no not-a-number.
+Json json(const Measure& measure) {
+  Json value = std::isnan(measure.value) ? Json(nullptr) : Json(measure.value);
+  return {{"value", value}, {"limit", measure.limit}};
+}
+
+void add(Json& object, const char* name, const std::optional<Measure>& measure) {
+  if (measure) object[name] = json(*measure);
+}
+
+Json json(const Measures& measures) {
+  Json object = {{"matches", json(measures.matches)}};
+  if (measures.offset) object["offset"] = json(*measures.offset);
+  add(object, "moved_percent", measures.moved);
+  add(object, "overlap_percent", measures.overlap);
+  add(object, "change", measures.change);
+  add(object, "brightness_difference", measures.brightness);
+  add(object, "sharpness_difference", measures.sharpness);
+  return object;
+}
+
+Json reasonJson(const StitchLog::Entry& entry) {
+  const FrameResult& result = entry.result;
+  Json reason = {{"text", reasonText(entry)}};
+  if (result.reason == Refusal::kNone) return reason;
+  const RefusalWords& words = wordsFor(result.reason);
+  reason["quantity"] = words.quantity;
+  reason["unit"] = words.unit;
+  reason.update(json(result.judged));
+  reason["explanation"] = explain(result);
+  reason["advice"] = words.advice;
+  return reason;
+}
+
+Json json(const StitchLog::Entry& entry) {
+  Json frame = {{"frame", entry.number}, {"file", entry.name}, {"joined", entry.joined}};
+  if (entry.joined) {
+    frame["placement"] = json(entry.placement);
+  } else {
+    frame["reason"] = reasonJson(entry);
+  }
+  if (entry.result.becameFirst) frame["became_first"] = true;
+  // A first frame was matched with nothing.
+  if (entry.milliseconds) {
+    frame["measures"] = json(entry.result.measures);
+    frame["milliseconds"] = *entry.milliseconds;
+  }
+  return frame;
+}
+
+Json json(const StitchOptions& options) {
+  return {{"mode", options.mode},
+          {"scene", options.dynamicScene ? "dynamic" : "static"},
+          {"corner_budget", options.cornerBudget},
+          {"max_rows", options.maxRows},
+          {"max_cols", options.maxCols},
+          {"every", options.every},
+          {"crop", options.crop}};
+}
+
+Json json(const RunFacts& facts) {
+  if (facts.mosaic.empty()) return nullptr;
+  return {{"cols", facts.mosaic.width},
+          {"rows", facts.mosaic.height},
+          {"first_frame", json(facts.firstInMosaic)}};
+}
+
+}  // namespace
+
+std::string reportJson(const StitchOptions& options, const RunFacts& facts, const StitchLog& log) {
+  Json report = {{"version", FRAMEQUILT_VERSION},
+                 {"backend", facts.backend},
+                 {"scale", facts.scale},
+                 {"options", json(options)},
+                 {"mosaic", json(facts)},
+                 {"frames_read", log.entries().size()},
+                 {"joined", log.joined()},
+                 {"refused", log.refused()},
+                 {"left_out", facts.leftOut},
+                 {"dropped", facts.dropped},
+                 {"full", facts.full},
+                 {"interrupted", facts.interrupted},
+                 {"frames", Json::array()}};
+  for (const StitchLog::Entry& entry : log.entries()) report["frames"].push_back(json(entry));
+  // A file name may hold bytes that are not UTF-8.
+  return report.dump(2, ' ', false, Json::error_handler_t::replace) + "\n";
+}
+
+}  // namespace framequilt::tool
