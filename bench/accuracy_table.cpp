@@ -38,6 +38,7 @@ struct Wishes {
   std::vector<int> overlaps = {30, 40, 50, 60, 70, 80};
   std::vector<std::string> conditions;  // Empty: all.
   std::vector<std::string> sizes;       // Empty: all.
+  std::vector<int> region;              // Columns and rows of the scene: x, y, width, height.
 };
 
 struct Condition {
@@ -173,11 +174,16 @@ int runProgram(int argc, char** argv) {
   app.add_option("--overlaps", wishes.overlaps, "In percent")->capture_default_str();
   app.add_option("--conditions", wishes.conditions, "Only these");
   app.add_option("--sizes", wishes.sizes, "Only these, such as '640 x 480'");
+  app.add_option("--region", wishes.region, "Only this part of the scene: x y width height")
+      ->expected(4);
   CLI11_PARSE(app, argc, argv);
-  const cv::Mat scene = cv::imread(wishes.scene, cv::IMREAD_COLOR);
+  cv::Mat scene = cv::imread(wishes.scene, cv::IMREAD_COLOR);
   if (scene.empty()) {
     std::cerr << "accuracy_table: '" << wishes.scene << "' cannot be read as a picture\n";
     return 2;
+  }
+  if (!wishes.region.empty()) {
+    scene = scene(cv::Rect(wishes.region[0], wishes.region[1], wishes.region[2], wishes.region[3]));
   }
   const framequilt::tool::EngineLines quiet(false);
   printTable(scene, wishes);
