@@ -174,6 +174,20 @@ TEST_F(ProgramErrors, PicturesThatDoNotFitGiveStatusOne) {
   EXPECT_EQ(outputs_.names(), std::vector<std::string>{});
 }
 
+TEST_F(ProgramErrors, CountsBeginWithOne) {
+  for (const std::string option : {"--every", "--max-rows", "--max-cols"}) {
+    for (const std::string value : {"0", "-3", "many", "1.5", "3000000000"}) {
+      const ProgramRun result =
+          framequiltRun({"stitch", one(), two(), "-o", mosaic(), option, value});
+      EXPECT_EQ(result.status, 2);
+      EXPECT_EQ(result.err.rfind(
+                    option + ": '" + value + "' is no whole number from 1 to 2147483647\n", 0),
+                0U)
+          << result.err;
+    }
+  }
+}
+
 TEST_F(ProgramErrors, WrongUsageGivesStatusTwo) {
   const std::vector<std::vector<std::string>> wrong = {
       {},

@@ -1,15 +1,31 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/options_stitch.h"
 
+#include <charconv>
 #include <cstdint>
 #include <limits>
-#include <map>
+#include <string>
+#include <system_error>
 
 namespace framequilt::tool {
 namespace {
 
 // More corners than this budget asks for take minutes a frame.
 constexpr int kLargestCornerBudget = 1000;
+
+/// Takes whole numbers from 1 on, as far as an int goes.
+CLI::Validator fromOne() {
+  return {[](std::string& text) {
+            int number = 0;
+            const char* const end = text.data() + text.size();
+            const auto [stop, failure] = std::from_chars(text.data(), end, number);
+            const bool whole = failure == std::errc() && stop == end;
+            return whole && number >= 1 ? std::string()
+                                        : "'" + text + "' is no whole number from 1 to " +
+                                              std::to_string(std::numeric_limits<int>::max());
+          },
+          "1 or more", "from one"};
+}
 
 void requireLimitFits(const StitchOptions& options) {
   const std::int64_t pixels = std::int64_t{options.maxRows} * options.maxCols;
@@ -28,7 +44,7 @@ void addInputs(CLI::App& command, StitchOptions& options) {
       ->type_name("INPUT");
   command
       .add_option("--every", options.every, "Take only each Nth frame, beginning with the first")
-      ->check(CLI::Range(1, std::numeric_limits<int>::max()))
+      ->check(fromOne())
       ->capture_default_str();
   command
       .add_option("--hints", options.hints,
@@ -50,28 +66,28 @@ void addJudging(CLI::App& command, StitchOptions& options) {
       .add_flag("--dynamic", options.dynamicScene,
                 "The scene moves too: join only frames that differ little")
       ->excludes(still);
-  const std::map<std::string, int> scales = {{"auto", kAutoScale}, {"1", 1}, {"2", 2}};
   command
-      .add_option("--scale", options.scale,
-                  "Divisor from frame to mosaic size: 1, 2 or auto, which is 2 only for frames "
-                  "above 6000 a side")
-      ->transform(CLI::Transformer(scales))
-      ->check(CLI::IsMember({kAutoScale, 1, 2}))
-      ->type_name("1|2|auto")
+      .add_option_function<std::string>(
+          "--scale",
+          [&options](const std::string& text) {
+            options.scale = text == "auto" ? kAutoScale : std::stoi(text);
+          },
+          "Divisor from frame to mosaic size: 1, 2 or auto, which is 2 only for frames above 6000 "
+          "a side")
+      ->check(CLI::IsMember({"1", "2", "auto"}))
       ->default_str("auto");
   command
       .add_option("--corner-budget", options.cornerBudget,
                   "More corners per frame: each step about 31, and slower")
       ->check(CLI::Range(0, kLargestCornerBudget))
       ->capture_default_str();
-  const CLI::Range positive(1, std::numeric_limits<int>::max());
   command
       .add_option("--max-rows", options.maxRows,
                   "Stop when the mosaic, with its margins (6000 x 6000 at first), has")
-      ->check(positive)
+      ->check(fromOne())
       ->capture_default_str();
   command.add_option("--max-cols", options.maxCols, "... max-rows x max-cols pixels")
-      ->check(positive)
+      ->check(fromOne())
       ->capture_default_str();
 }
 
@@ -119,6 +135,11 @@ CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
   addTalk(command, options);
   command.callback([&options] { requireLimitFits(options); });
   command.footer(
+      "Examples:\n"
+      "  framequilt stitch shots -o mosaic.png\n"
+      "  framequilt stitch 'shots/left*.jpg' 'shots/right*.jpg' -o mosaic.jpg --outlines\n"
+      "  framequilt stitch clip.mp4 --every 5 -o mosaic.tif --report report.json\n"
+      "  framequilt stitch camera:0 -o mosaic.png\n\n"
       "Each frame should share about half of its area with the one before. Exit status: 0 when a\n"
       "mosaic was written, 1 when nothing could be joined, 2 for bad usage or unreadable input.\n"
       "Ctrl-C writes the mosaic so far.");
