@@ -46,3 +46,15 @@ TEST(Console, QuietStillRemarks) {
     EXPECT_EQ(written(terminal, Amount::kQuiet), "framequilt: hear\n");
   }
 }
+
+TEST(Console, EndsItsProgressOnce) {
+  std::ostringstream stream;
+  {
+    Console console(stream, true, Amount::kNormal);
+    console.endProgress();
+    console.progress("1 of 2");
+    console.endProgress();
+    console.remark("hear");
+  }
+  EXPECT_EQ(stream.str(), "\r\x1b[K1 of 2\r\x1b[Kframequilt: hear\n");
+}

@@ -174,6 +174,7 @@ TEST_F(StitchCommand, ATerminalShowsOneLineOfProgress) {
   engine_.answers.assign(4, joins());
   EXPECT_EQ(run(true), kMosaicWritten);
   EXPECT_EQ(notes_.str().find('\n'), std::string::npos) << notes_.str();
+  EXPECT_EQ(notes_.str().rfind("\r\x1b[K1 of 5 frames, 0 joined, 0 refused, ", 0), 0U);
   EXPECT_NE(notes_.str().find("\r\x1b[K2 of 5 frames, 2 joined, 0 refused, "), std::string::npos);
   EXPECT_NE(notes_.str().find("\r\x1b[K5 of 5 frames, 5 joined, 0 refused, "), std::string::npos);
   EXPECT_EQ(notes_.str().rfind("\r\x1b[K"), notes_.str().size() - 4);

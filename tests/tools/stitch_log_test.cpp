@@ -42,7 +42,9 @@ TEST(StitchLog, TheFirstFrameJoinsWithTheSecond) {
   log.add(1, "a.png", waiting(), 1);
   EXPECT_EQ(log.joined(), 0U);
   EXPECT_EQ(log.refused(), 1U);
+  EXPECT_TRUE(log.firstWaits());
   log.add(2, "b.png", joinedAt(30, -4), 1);
+  EXPECT_FALSE(log.firstWaits());
   EXPECT_EQ(log.joined(), 2U);
   EXPECT_EQ(log.placementsCsv(), "frame,file,x,y,joined\n1,a.png,0,0,1\n2,b.png,30,-4,1\n");
 }

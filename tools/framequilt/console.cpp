@@ -12,10 +12,6 @@ constexpr const char* kClearLine = "\r\x1b[K";
 Console::Console(std::ostream& stream, bool isTerminal, Amount amount)
     : stream_(stream), isTerminal_(isTerminal), amount_(amount) {}
 
-Console::~Console() {
-  if (!open_.empty()) stream_ << kClearLine << std::flush;
-}
-
 void Console::remark(const std::string& text) {
   if (!open_.empty()) stream_ << kClearLine;
   stream_ << "framequilt: " << text << "\n" << open_ << std::flush;
@@ -33,6 +29,11 @@ void Console::progress(const std::string& text) {
   }
   open_ = text;
   stream_ << kClearLine << open_ << std::flush;
+}
+
+void Console::endProgress() {
+  if (!open_.empty()) stream_ << kClearLine << std::flush;
+  open_.clear();
 }
 
 }  // namespace framequilt::tool

@@ -15,8 +15,7 @@ class Console {
   enum class Amount { kQuiet, kNormal, kVerbose };
 
   Console(std::ostream& stream, bool isTerminal, Amount amount);
-  /// Ends a progress line that is still open.
-  ~Console();
+  ~Console() { endProgress(); }
   Console(const Console&) = delete;
   Console& operator=(const Console&) = delete;
 
@@ -26,6 +25,8 @@ class Console {
   void detail(const std::string& text);
   /// Where the work stands. Not when quiet, and not when verbose, where each frame has its line.
   void progress(const std::string& text);
+  /// Takes the progress off the terminal, for whatever is written there next.
+  void endProgress();
 
   bool isTerminal() const { return isTerminal_; }
   bool showsProgress() const { return amount_ == Amount::kNormal; }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/options_simulate.h"
 
-#include <limits>
 #include <map>
 #include <sstream>
 #include <string>
@@ -113,7 +112,6 @@ CLI::App& addSimulateCommand(CLI::App& app, SimulateOptions& options) {
   addPathOptions(command, options.capture.path);
   addEffectOptions(command, options.capture);
   command.add_option("--seed", options.capture.seed, "Another number, another path and noise")
-      ->check(CLI::Range(0U, std::numeric_limits<std::uint32_t>::max()))
       ->capture_default_str();
   command.callback([scene, generated] {
     if (scene->empty() && generated->empty()) {

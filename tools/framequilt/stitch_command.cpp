@@ -119,6 +119,7 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
   StitchLog log;
   const LoopEnd end = stitchFrames(*source, hints, session, log, console);
   session.stop();
+  console.endProgress();
 
   const Picture picture = pictureOf(session, options.crop == kCropNothing);
   const bool written = !picture.pixels.empty();

@@ -29,6 +29,8 @@ class StitchLog {
   const std::vector<Entry>& entries() const { return entries_; }
   std::size_t joined() const;
   std::size_t refused() const { return entries_.size() - joined(); }
+  /// Whether a first frame still waits for one that joins it; it counts as refused so far.
+  bool firstWaits() const { return !entries_.empty() && !entries_[first_].joined; }
 
   /// Lines "frame,file,x,y,joined" below a heading; a refused frame has neither x nor y.
   std::string placementsCsv() const;

@@ -81,8 +81,9 @@ class Loop {
     }
     const std::size_t done = log_.entries().size();
     if (!console_.isTerminal() && done % kFramesPerLine != 0) return;
-    console_.progress(progressText({done, source_.count(), log_.joined(), log_.refused(),
-                                    millisecondsSince(started_) / 1000}));
+    const std::size_t refused = log_.refused() - (log_.firstWaits() ? 1 : 0);
+    console_.progress(progressText(
+        {done, source_.count(), log_.joined(), refused, millisecondsSince(started_) / 1000}));
   }
 
   FrameSource& source_;
