@@ -9,6 +9,7 @@
 
 #include "framequilt/session.h"
 #include "tests/support/scripted_engine.h"
+#include "tests/support/session_frames.h"
 #include "tests/support/thrown_error.h"
 
 using framequilt::Criterion;
@@ -24,10 +25,7 @@ constexpr int kRows = 50;
 constexpr int kCols = 100;
 
 SessionOptions options(Criterion criterion = Criterion::kMotion) {
-  SessionOptions options;
-  options.rows = kRows;
-  options.cols = kCols;
-  options.channels = 1;
+  SessionOptions options = grayOptions(kRows, kCols);
   options.criterion = criterion;
   return options;
 }

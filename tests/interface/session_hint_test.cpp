@@ -10,6 +10,7 @@
 
 #include "framequilt/session.h"
 #include "tests/support/scripted_engine.h"
+#include "tests/support/session_frames.h"
 
 using framequilt::Session;
 using framequilt::SessionOptions;
@@ -32,10 +33,7 @@ std::string text(const ScriptedEngine::Call& call) {
 /// A session of these answers; every frame comes with one of `hints`, the first one included.
 Seen seenHints(const std::vector<ScriptedEngine::Answer>& answers, const std::vector<Hint>& hints,
                int scale = 1) {
-  SessionOptions options;
-  options.rows = kRows;
-  options.cols = kCols;
-  options.channels = 1;
+  SessionOptions options = grayOptions(kRows, kCols);
   options.scale = scale;
   ScriptedEngine engine;
   engine.answers = answers;

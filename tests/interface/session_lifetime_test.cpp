@@ -10,6 +10,7 @@
 #include "framequilt/tuning.h"
 #include "tests/support/scoped_value.h"
 #include "tests/support/scripted_engine.h"
+#include "tests/support/session_frames.h"
 #include "tests/support/thrown_error.h"
 
 using framequilt::ErrorCode;
@@ -23,10 +24,7 @@ constexpr int kRows = 8;
 constexpr int kCols = 10;
 
 SessionOptions options(int rows = kRows, int cols = kCols, int factor = 1) {
-  SessionOptions options;
-  options.rows = rows;
-  options.cols = cols;
-  options.channels = 1;
+  SessionOptions options = grayOptions(rows, cols);
   options.scale = factor;
   return options;
 }

@@ -7,6 +7,7 @@
 
 #include "framequilt/session.h"
 #include "tests/support/scripted_engine.h"
+#include "tests/support/session_frames.h"
 #include "tests/support/thrown_error.h"
 
 using framequilt::FrameResult;
@@ -21,10 +22,7 @@ constexpr int kRows = 50;
 constexpr int kCols = 100;
 
 SessionOptions options(int scale = 1) {
-  SessionOptions options;
-  options.rows = kRows;
-  options.cols = kCols;
-  options.channels = 1;
+  SessionOptions options = grayOptions(kRows, kCols);
   options.scale = scale;
   return options;
 }

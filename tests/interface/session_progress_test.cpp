@@ -10,6 +10,7 @@
 
 #include "framequilt/session.h"
 #include "tests/support/scripted_engine.h"
+#include "tests/support/session_frames.h"
 #include "tests/support/thrown_error.h"
 
 using framequilt::FrameResult;
@@ -51,10 +52,7 @@ class SessionProgress : public testing::Test {
   }
 
   SessionOptions options() {
-    SessionOptions options;
-    options.rows = kRows;
-    options.cols = kCols;
-    options.channels = 1;
+    SessionOptions options = grayOptions(kRows, kCols);
     options.onProgress = [this](const Progress& progress) {
       heard_.push_back(text(progress));
       callsSoFar_ = engine_.calls.size();

@@ -7,6 +7,7 @@
 
 #include "framequilt/session.h"
 #include "tests/support/scripted_engine.h"
+#include "tests/support/session_frames.h"
 
 using framequilt::Criterion;
 using framequilt::FrameResult;
@@ -22,10 +23,7 @@ constexpr int kRows = 8;
 constexpr int kCols = 10;
 
 SessionOptions options(Criterion criterion = Criterion::kMotion) {
-  SessionOptions options;
-  options.rows = kRows;
-  options.cols = kCols;
-  options.channels = 1;
+  SessionOptions options = grayOptions(kRows, kCols);
   options.criterion = criterion;
   return options;
 }

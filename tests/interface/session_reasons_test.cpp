@@ -10,6 +10,7 @@
 #include "framequilt/tuning.h"
 #include "tests/support/scoped_value.h"
 #include "tests/support/scripted_engine.h"
+#include "tests/support/session_frames.h"
 
 using framequilt::Criterion;
 using framequilt::FrameResult;
@@ -26,10 +27,7 @@ constexpr int kRows = 50;
 constexpr int kCols = 100;
 
 SessionOptions options(Criterion criterion = Criterion::kMotion, int scale = 1) {
-  SessionOptions options;
-  options.rows = kRows;
-  options.cols = kCols;
-  options.channels = 1;
+  SessionOptions options = grayOptions(kRows, kCols);
   options.criterion = criterion;
   options.scale = scale;
   return options;

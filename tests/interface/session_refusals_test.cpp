@@ -38,13 +38,7 @@ class SessionRefusals : public testing::Test {
     ASSERT_EQ(addAt(session, 120, 100).verdict, Verdict::kJoined);
   }
 
-  static SessionOptions options() {
-    SessionOptions options;
-    options.rows = kRows;
-    options.cols = kCols;
-    options.channels = 1;
-    return options;
-  }
+  static SessionOptions options() { return grayOptions(kRows, kCols); }
 
   const Scene scene_{560, 900, 1, 12};
   const RecordedReports quiet_;

@@ -10,6 +10,15 @@ inline framequilt::FrameView viewOf(const Frame& frame) {
           frame.channels == 1 ? framequilt::PixelOrder::kGray : framequilt::PixelOrder::kBgr};
 }
 
+/// Options for gray frames of that size.
+inline framequilt::SessionOptions grayOptions(int rows, int cols) {
+  framequilt::SessionOptions options;
+  options.rows = rows;
+  options.cols = cols;
+  options.channels = 1;
+  return options;
+}
+
 /// Options for frames of the shape of `frame`.
 inline framequilt::SessionOptions optionsFor(const Frame& frame) {
   framequilt::SessionOptions options;

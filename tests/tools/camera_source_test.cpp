@@ -11,13 +11,12 @@
 
 #include "fake_camera.h"
 #include "recorded_notes.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::cameraNumber;
 using framequilt::tool::InputSettings;
 using framequilt::tool::namesCamera;
 using framequilt::tool::openCamera;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -26,12 +25,7 @@ using Lines = std::vector<std::string>;
 /// The text of the error that `action` ends with.
 template <class Action>
 std::string errorOf(Action action) {
-  try {
-    action();
-  } catch (const ToolError& failure) {
-    return failure.what();
-  }
-  return "no error";
+  return toolErrorOf(action);
 }
 
 }  // namespace

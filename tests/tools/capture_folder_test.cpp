@@ -8,10 +8,9 @@
 #include <vector>
 
 #include "temporary_folder.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::CaptureFolder;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -20,12 +19,7 @@ namespace fs = std::filesystem;
 using Names = std::vector<std::string>;
 
 std::string errorOf(const fs::path& folder, const fs::path& scene = {}) {
-  try {
-    CaptureFolder(folder, scene).prepare();
-  } catch (const ToolError& failure) {
-    return failure.what();
-  }
-  return "no error";
+  return toolErrorOf([&] { CaptureFolder(folder, scene).prepare(); });
 }
 
 void writeCapture(const TemporaryFolder& folder) {

@@ -8,11 +8,10 @@
 #include <vector>
 
 #include "temporary_folder.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::csvField;
 using framequilt::tool::CsvTable;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -20,14 +19,7 @@ using Fields = std::vector<std::string>;
 
 CsvTable table(const std::string& text) { return {"t.csv", text}; }
 
-std::string errorOf(const std::function<void()>& action) {
-  try {
-    action();
-  } catch (const ToolError& failure) {
-    return failure.what();
-  }
-  return "no error";
-}
+std::string errorOf(const std::function<void()>& action) { return toolErrorOf(action); }
 
 /// What reading the only field of a table with this field as a number says.
 std::string numberError(const std::string& field) {

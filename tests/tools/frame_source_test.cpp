@@ -10,11 +10,10 @@
 #include "recorded_notes.h"
 #include "scenes.h"
 #include "temporary_folder.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::InputSettings;
 using framequilt::tool::openInputs;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -34,12 +33,7 @@ class OpenInputs : public testing::Test {
     return namesOfRest(*openInputs(inputs, settings));
   }
   std::string errorOf(const Lines& inputs) {
-    try {
-      openInputs(inputs, notes_.settings());
-    } catch (const ToolError& failure) {
-      return failure.what();
-    }
-    return "no error";
+    return toolErrorOf([&] { openInputs(inputs, notes_.settings()); });
   }
 
   TemporaryFolder folder_;

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "temporary_folder.h"
+#include "tool_error_text.h"
 #include "tools/framequilt/tool_error.h"
 
 using framequilt::tool::Hints;
@@ -20,12 +21,7 @@ class HintsFile : public testing::Test {
     return Hints::fromFile(file());
   }
   std::string errorOf(const std::string& text) const {
-    try {
-      hints(text);
-    } catch (const ToolError& failure) {
-      return failure.what();
-    }
-    return "no error";
+    return toolErrorOf([&] { hints(text); });
   }
   std::string file() const { return folder_.file("hints.csv"); }
 

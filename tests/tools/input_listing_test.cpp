@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "temporary_folder.h"
+#include "tool_error_text.h"
 #include "tools/framequilt/tool_error.h"
 
 using framequilt::tool::listFiles;
@@ -22,12 +23,7 @@ std::vector<std::string> fileNames(const std::vector<std::filesystem::path>& pat
 }
 
 std::string errorOf(const std::vector<std::string>& inputs) {
-  try {
-    listFiles(inputs, "none.png");
-  } catch (const ToolError& failure) {
-    return failure.what();
-  }
-  return "no error";
+  return toolErrorOf([&] { listFiles(inputs, "none.png"); });
 }
 
 }  // namespace

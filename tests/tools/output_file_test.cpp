@@ -9,20 +9,14 @@
 #include <vector>
 
 #include "temporary_folder.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::OutputFile;
-using framequilt::tool::ToolError;
 
 namespace {
 
 std::string errorOf(const std::string& target) {
-  try {
-    OutputFile file(target);
-  } catch (const ToolError& failure) {
-    return failure.what();
-  }
-  return "no error";
+  return toolErrorOf([&] { OutputFile file(target); });
 }
 
 using Names = std::vector<std::string>;

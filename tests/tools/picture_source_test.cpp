@@ -13,12 +13,11 @@
 #include "same_pixels.h"
 #include "scenes.h"
 #include "temporary_folder.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::FrameSource;
 using framequilt::tool::InputSettings;
 using framequilt::tool::openPictures;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -38,12 +37,7 @@ class PictureSource : public testing::Test {
     return found;
   }
   std::string errorOf(const Lines& names, const InputSettings& settings) const {
-    try {
-      openPictures(paths(names), settings);
-    } catch (const ToolError& failure) {
-      return failure.what();
-    }
-    return "no error";
+    return toolErrorOf([&] { openPictures(paths(names), settings); });
   }
 
   TemporaryFolder folder_;

@@ -12,13 +12,13 @@
 #include "scenes.h"
 #include "temporary_folder.h"
 #include "tests/support/scripted_engine.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::ExitStatus;
 using framequilt::tool::kMosaicWritten;
 using framequilt::tool::kNothingJoined;
 using framequilt::tool::stitch;
 using framequilt::tool::StitchOptions;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -39,12 +39,7 @@ class StitchCommand : public testing::Test {
   ExitStatus run(bool terminal = false) { return stitch(options_, {out_, notes_, terminal}); }
 
   std::string errorOf() {
-    try {
-      run();
-    } catch (const ToolError& failure) {
-      return failure.what();
-    }
-    return "no error";
+    return toolErrorOf([&] { run(); });
   }
 
   /// Joins; the mosaic's box is 13 x 9 of 20 x 20 pixels.

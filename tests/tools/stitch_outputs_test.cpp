@@ -9,11 +9,10 @@
 
 #include "scenes.h"
 #include "temporary_folder.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::StitchOptions;
 using framequilt::tool::StitchOutputs;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -22,12 +21,7 @@ class Outputs : public testing::Test {
   void SetUp() override { options_.output = folder_.file("mosaic.png"); }
 
   std::string errorOf() {
-    try {
-      const StitchOutputs outputs(options_, standardOutput_);
-    } catch (const ToolError& failure) {
-      return failure.what();
-    }
-    return "no error";
+    return toolErrorOf([&] { const StitchOutputs outputs(options_, standardOutput_); });
   }
 
   TemporaryFolder folder_;

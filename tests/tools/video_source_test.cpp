@@ -11,12 +11,11 @@
 #include "recorded_notes.h"
 #include "scenes.h"
 #include "temporary_folder.h"
-#include "tools/framequilt/tool_error.h"
+#include "tool_error_text.h"
 
 using framequilt::tool::InputSettings;
 using framequilt::tool::namesVideo;
 using framequilt::tool::openVideo;
-using framequilt::tool::ToolError;
 
 namespace {
 
@@ -39,12 +38,7 @@ class VideoSource : public testing::Test {
   std::string clip() const { return folder_.file("clip.avi"); }
 
   static std::string errorOf(const std::string& file) {
-    try {
-      openVideo(file, {});
-    } catch (const ToolError& failure) {
-      return failure.what();
-    }
-    return "no error";
+    return toolErrorOf([&] { openVideo(file, {}); });
   }
 
   TemporaryFolder folder_;
