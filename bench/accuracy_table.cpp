@@ -8,7 +8,6 @@
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <array>
-#include <cmath>
 #include <cstdio>
 #include <exception>
 #include <filesystem>
@@ -68,12 +67,11 @@ struct Run {
   std::vector<std::string> shortfalls;  ///< A line for each frame refused or misplaced.
 };
 
-std::string frameText(const FrameResult& result, int step) {
-  std::string line = "frame " + std::to_string(result.frame + 1);
+std::string frameText(const FrameResult& result) {
+  const std::string line = "frame " + std::to_string(result.frame + 1);
   if (result.verdict == Verdict::kRefused) return line + " refused, " + explain(result);
   const auto matches = static_cast<int>(result.measures.matches.value);
-  return line + " misplaced by " + std::to_string(step) + " px with " + std::to_string(matches) +
-         " agreeing matches";
+  return line + " misplaced with " + std::to_string(matches) + " agreeing matches";
 }
 
 Run stitchCapture(const SimulatedCapture& capture, const Wishes& wishes) {
@@ -100,12 +98,10 @@ Run stitchCapture(const SimulatedCapture& capture, const Wishes& wishes) {
   }
   Run run{evaluatePlacements(frames), {}};
   for (const FrameResult& result : results) {
-    if (result.verdict == Verdict::kRefused) run.shortfalls.push_back(frameText(result, 0));
+    if (result.verdict == Verdict::kRefused) run.shortfalls.push_back(frameText(result));
   }
   for (const int number : run.evaluation.misplaced) {
-    const double worst = run.evaluation.step->max;
-    run.shortfalls.push_back(frameText(results[static_cast<std::size_t>(number - 1)],
-                                       static_cast<int>(std::lround(worst))));
+    run.shortfalls.push_back(frameText(results[static_cast<std::size_t>(number - 1)]));
   }
   return run;
 }

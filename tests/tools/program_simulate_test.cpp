@@ -281,7 +281,7 @@ TEST_F(ProgramSimulate, HelpTellsOptionsAndDefaults) {
         "--path TEXT:{serpentine,drift}=serpentine", "--overlap LO[:HI]=0.6", "--subpixel",
         "--noise FLOAT:in [0 to 255]=0", "--gain FLOAT:in [0 to 0.95]=0",
         "--vignette FLOAT:in [0 to 1]=0", "--blur FLOAT:in [0 to 20]=0",
-        "--rotation FLOAT:in [0 to 45]=0", "--gray", "]=1\n"}) {
+        "--rotation FLOAT:in [0 to 45]=0", "--gray", "--seed UINT=1"}) {
     EXPECT_NE(result.out.find(text), std::string::npos) << text << " in\n" << result.out;
   }
 }
