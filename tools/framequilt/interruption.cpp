@@ -18,7 +18,7 @@ Interruption::Interruption() {
   struct sigaction action {};
   action.sa_handler = remember;
   sigemptyset(&action.sa_mask);
-  action.sa_flags = SA_RESETHAND | SA_RESTART;
+  action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
   sigaction(SIGINT, &action, &formerInterrupt_);
   sigaction(SIGTERM, &action, &formerTerminate_);
 }
