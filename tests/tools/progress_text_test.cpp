@@ -5,7 +5,6 @@
 
 #include <optional>
 
-using framequilt::tool::CaptureProgress;
 using framequilt::tool::progressText;
 
 TEST(ProgressText, TellsRateAndTimeLeft) {
