@@ -180,10 +180,11 @@ TEST_F(ProgramErrors, CountsBeginWithOne) {
       const ProgramRun result =
           framequiltRun({"stitch", one(), two(), "-o", mosaic(), option, value});
       EXPECT_EQ(result.status, 2);
-      EXPECT_EQ(result.err.rfind(
-                    option + ": '" + value + "' is no whole number from 1 to 2147483647\n", 0),
-                0U)
-          << result.err;
+      std::string line = option;
+      line += ": '";
+      line += value;
+      line += "' is no whole number from 1 to 2147483647\n";
+      EXPECT_EQ(result.err.rfind(line, 0), 0U) << result.err;
     }
   }
 }
