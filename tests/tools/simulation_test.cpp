@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "same_pixels.h"
 #include "scenes.h"
 #include "tests/support/digest.h"
 #include "tools/framequilt/generated_scene.h"
@@ -33,10 +34,6 @@ SimulationOptions smallFrames(int frames = 12) {
 }
 
 cv::Mat colourScene() { return generateScene({250, 200}, 3); }
-
-bool same(const cv::Mat& a, const cv::Mat& b) {
-  return a.type() == b.type() && a.size() == b.size() && cv::norm(a, b, cv::NORM_INF) == 0;
-}
 
 bool sameTruth(const SimulatedCapture& a, const SimulatedCapture& b) {
   if (a.frames() != b.frames()) return false;
@@ -95,7 +92,7 @@ TEST(Simulation, WithoutEffectsAFrameIsThatPartOfTheScene) {
       ASSERT_EQ(capture.frames(), 12);
       for (int i = 0; i < capture.frames(); ++i) {
         const cv::Rect box(cv::Point(capture.truth(i)), options.path.frame);
-        EXPECT_TRUE(same(capture.frame(i), scene(box))) << "frame " << i;
+        EXPECT_TRUE(samePixels(capture.frame(i), scene(box))) << "frame " << i;
       }
     }
   }
@@ -108,8 +105,8 @@ TEST(Simulation, FramesAreTheCallersOwn) {
   EXPECT_TRUE(frame.isContinuous());
   const cv::Mat before = frame.clone();
   frame.setTo(0);
-  EXPECT_TRUE(same(capture.frame(0), before));
-  EXPECT_TRUE(same(scene, colourScene()));
+  EXPECT_TRUE(samePixels(capture.frame(0), before));
+  EXPECT_TRUE(samePixels(scene, colourScene()));
 }
 
 TEST(Simulation, FramesComeInAnyOrder) {
@@ -117,7 +114,7 @@ TEST(Simulation, FramesComeInAnyOrder) {
   const cv::Mat third = capture.frame(2);
   capture.frame(5);
   capture.frame(0);
-  EXPECT_TRUE(same(capture.frame(2), third));
+  EXPECT_TRUE(samePixels(capture.frame(2), third));
 }
 
 TEST(Simulation, EffectsLeaveThePathAlone) {
@@ -224,7 +221,7 @@ TEST(Simulation, NoiseDiffersFromFrameToFrameAndHasItsDeviation) {
   cv::meanStdDev(capture.frame(3), mean, deviation);
   EXPECT_NEAR(mean[0], 128, 0.5);
   EXPECT_NEAR(deviation[0], 6, 0.3);
-  EXPECT_FALSE(same(capture.frame(3), capture.frame(4)));
+  EXPECT_FALSE(samePixels(capture.frame(3), capture.frame(4)));
 }
 
 TEST(Simulation, TheVignetteBelongsToTheFrame) {
@@ -261,8 +258,8 @@ TEST(Simulation, GrayTurnsColourOff) {
   const SimulatedCapture capture(colourScene(), options);
   cv::Mat expected;
   cv::cvtColor(colourScene(), expected, cv::COLOR_BGR2GRAY);
-  EXPECT_TRUE(
-      same(capture.frame(2), expected(cv::Rect(cv::Point(capture.truth(2)), options.path.frame))));
+  EXPECT_TRUE(samePixels(capture.frame(2),
+                         expected(cv::Rect(cv::Point(capture.truth(2)), options.path.frame))));
 }
 
 TEST(Simulation, ASceneThatIsTooSmallIsNamed) {
@@ -318,7 +315,7 @@ TEST(GeneratedScene, IsTheSameOnEveryMachine) {
   Digest digest;
   digest.addBytes(scene.data, scene.total() * scene.elemSize());
   EXPECT_EQ(digest.hex(), "b687a3a23e8b4252");
-  EXPECT_FALSE(same(generateScene({120, 90}, 4), scene));
+  EXPECT_FALSE(samePixels(generateScene({120, 90}, 4), scene));
 }
 
 TEST(GeneratedScene, EveryPartIsFullOfEdges) {
