@@ -98,3 +98,20 @@ TEST_F(OpenInputs, WhatIsMissingIsToldBeforeAnythingIsRead) {
             "'" + file("f2.png") + "' cannot be found (No such file or directory): check the path");
   EXPECT_EQ(notes_.lines, Lines{});
 }
+
+TEST_F(OpenInputs, FramesAreNumberedAsTheyStandInTheCapture) {
+  savePictures({"f1.png", "f2.png", "f4.png", "f5.png", "f7.png"});
+  writeText(file("f3.png"), "no picture");
+  writeText(file("f6.png"), "no picture");
+  const auto numbers = [&](int every) {
+    InputSettings settings = notes_.settings();
+    settings.every = every;
+    const auto source = openInputs({folder_.path()}, settings);
+    std::vector<std::size_t> found;
+    while (const auto frame = source->next()) found.push_back(frame->number);
+    return found;
+  };
+  EXPECT_EQ(numbers(1), (std::vector<std::size_t>{1, 2, 4, 5, 7}));
+  EXPECT_EQ(numbers(2), (std::vector<std::size_t>{1, 5, 7}));
+  EXPECT_EQ(numbers(3), (std::vector<std::size_t>{1, 4, 7}));
+}

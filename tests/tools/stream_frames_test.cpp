@@ -45,6 +45,7 @@ TEST(StreamFrames, TheFirstFrameGivesTheShapeAndIsNotLost) {
   const auto first = frames.next();
   ASSERT_TRUE(first);
   EXPECT_EQ(first->name, "clip.avi#1");
+  EXPECT_EQ(first->number, 1U);
   EXPECT_EQ(first->path, "");
   EXPECT_EQ(first->pixels.size(), cv::Size(10, 8));
   EXPECT_EQ(namesOf(frames), Lines{"clip.avi#2"});
