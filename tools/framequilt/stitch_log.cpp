@@ -61,16 +61,19 @@ std::string outcomeText(const FrameResult& result) {
 
 void StitchLog::add(std::size_t number, const std::string& name, const FrameResult& result,
                     double milliseconds) {
-  Entry entry{number, name, result, result.verdict == Verdict::kJoined, result.placement, {}};
+  Entry entry{number, name, result, false, result.placement, {}};
   if (result.verdict != Verdict::kWaiting) entry.milliseconds = milliseconds;
   if (result.becameFirst) first_ = entries_.size();
   entries_.push_back(entry);
-  if (entry.joined) entries_[first_].joined = true;
+  if (result.verdict != Verdict::kJoined) return;
+  markJoined(entries_.back());
+  markJoined(entries_[first_]);
 }
 
-std::size_t StitchLog::joined() const {
-  return static_cast<std::size_t>(std::count_if(entries_.begin(), entries_.end(),
-                                                [](const Entry& entry) { return entry.joined; }));
+/// Counted here, since the progress asks after every frame.
+void StitchLog::markJoined(Entry& entry) {
+  if (!entry.joined) ++joined_;
+  entry.joined = true;
 }
 
 std::string StitchLog::placementsCsv() const {

@@ -27,7 +27,7 @@ class StitchLog {
            double milliseconds);
 
   const std::vector<Entry>& entries() const { return entries_; }
-  std::size_t joined() const;
+  std::size_t joined() const { return joined_; }
   std::size_t refused() const { return entries_.size() - joined(); }
   /// Whether a first frame still waits for one that joins it; it counts as refused so far.
   bool firstWaits() const { return !entries_.empty() && !entries_[first_].joined; }
@@ -42,7 +42,10 @@ class StitchLog {
   std::string timesText() const;
 
  private:
+  void markJoined(Entry& entry);
+
   std::vector<Entry> entries_;
+  std::size_t joined_ = 0;
   std::size_t first_ = 0;  // Of the frames that may be placed.
 };
 
