@@ -125,10 +125,6 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
   const bool written = !picture.pixels.empty();
   if (written) {
     outputs.publishMosaic(picture.pixels);
-    if (outputs.wantsOutlines()) {
-      outputs.publishOutlines(
-          withOutlines(picture.pixels, outlinesOf(log, picture, shape, session.scale())));
-    }
     outputs.publishPlacements(log.placementsCsv());
   }
   if (outputs.wantsReport()) {
@@ -137,6 +133,11 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
                    {session.backend(), session.scale(), picture.pixels.size(), picture.first,
                     source->skipped(), source->dropped(), end.full, end.interrupted},
                    log));
+  }
+  // Last, since it takes a second copy of the mosaic.
+  if (written && outputs.wantsOutlines()) {
+    outputs.publishOutlines(
+        withOutlines(picture.pixels, outlinesOf(log, picture, shape, session.scale())));
   }
   if (!options.quiet) {
     std::ostream& summary = options.writesToStandardOutput() ? streams.notes : streams.out;

@@ -2,13 +2,14 @@
 #include "tools/framequilt/stitch_loop.h"
 
 #include <chrono>
+#include <exception>
 #include <new>
 #include <optional>
+#include <string>
 
 #include "tools/framequilt/interruption.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/progress_text.h"
-#include "tools/framequilt/tool_error.h"
 
 namespace framequilt::tool {
 namespace {
@@ -22,6 +23,8 @@ double millisecondsSince(Clock::time_point start) {
   return std::chrono::duration<double, std::milli>(Clock::now() - start).count();
 }
 
+std::string firstLine(const std::string& text) { return text.substr(0, text.find('\n')); }
+
 /// One pass over a capture.
 class Loop {
  public:
@@ -34,10 +37,9 @@ class Loop {
       }
     } catch (const std::bad_alloc&) {
       console_.remark("out of memory: use --scale 2 or fewer pictures");
-    } catch (const Error& failure) {
-      console_.remark(failure.what());
-    } catch (const ToolError& failure) {
-      console_.remark(failure.what());
+    } catch (const std::exception& failure) {
+      // Whatever a decoder throws: what has been joined so far is worth more than the reason.
+      console_.remark(firstLine(failure.what()));
     }
     return end_;
   }
