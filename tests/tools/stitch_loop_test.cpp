@@ -20,8 +20,8 @@ using framequilt::tool::Console;
 using framequilt::tool::FrameSource;
 using framequilt::tool::Hints;
 using framequilt::tool::SourceFrame;
-using framequilt::tool::StitchLog;
 using framequilt::tool::stitchFrames;
+using framequilt::tool::StitchLog;
 using framequilt::tool::ToolError;
 
 namespace {
