@@ -8,6 +8,7 @@
 #include <cstring>
 
 #include "cpu/corner_lane.h"
+#include "cpu/hint_strip.h"
 #include "cpu/run_state.h"
 #include "features/descriptor.h"
 #include "features/features_state.h"
@@ -86,59 +87,31 @@ bool findAndDescribe(const WorkerData& data) {
   return true;
 }
 
-/// A half-open range of rows or columns, and what to add to a corner found in it.
-struct Range {
-  int start, end, shift;
-};
-
-/// The end of an axis that both images show when the content lies `offset` further on in one of
-/// them: [offset, side) there, [0, side - offset) in the other.
-Range farPart(int offset, int side) { return {offset, side, offset}; }
-Range nearPart(int offset, int side) { return {0, side - offset, 0}; }
-
-bool findInRegion(Range rows, Range cols, unsigned char* gray, int allRows, int allCols,
+bool findInRegion(const framequilt::HintStrip& part, unsigned char* gray, int rows, int cols,
                   unsigned char* strip, FindCorners find, std::vector<SPoint>& corners) {
   imgInfo stripInfo = {};
-  willBigImgAssignRowColToSmallImg(gray, rows.start, rows.end, cols.start, cols.end, allRows,
-                                   allCols, 1, stripInfo, strip);
+  willBigImgAssignRowColToSmallImg(gray, part.rows.start, part.rows.end, part.cols.start,
+                                   part.cols.end, rows, cols, 1, stripInfo, strip);
   find(strip, stripInfo, corners);
   for (SPoint& corner : corners) {
-    corner.x += cols.shift;
-    corner.y += rows.shift;
+    corner.x += part.cols.shift;
+    corner.y += part.rows.shift;
   }
   return true;
-}
-
-/// A hint beyond the image leaves no strip, however far beyond it is.
-int withinSide(int offset, int side) {
-  return std::clamp(offset, std::min(-side, 0), std::max(side, 0));
 }
 
 }  // namespace
 
 bool getRangeCpuOne(int dx, int dy, unsigned char* gray, int rows, int cols,
                     std::vector<SPoint>& corners) {
-  dx = withinSide(dx, cols);
-  dy = withinSide(dy, rows);
-  const Range across = dx >= 0 ? farPart(dx, cols) : nearPart(-dx, cols);
-  // For dx < 0 the vertical sense is inverted, here and in the other strip alike.
-  const bool far = (dx >= 0) == (dy >= 0);
-  const int distance = dy >= 0 ? dy : -dy;
-  const Range down = far ? farPart(distance, rows) : nearPart(distance, rows);
-  return findInRegion(down, across, gray, rows, cols, SorTempGrayImage,
-                      findHarrisCornerCoordianteFun1, corners);
+  return findInRegion(framequilt::stripOfReference(dx, dy, rows, cols), gray, rows, cols,
+                      SorTempGrayImage, findHarrisCornerCoordianteFun1, corners);
 }
 
 bool getRangeCpuTwo(int dx, int dy, unsigned char* gray, int rows, int cols,
                     std::vector<SPoint>& corners) {
-  dx = withinSide(dx, cols);
-  dy = withinSide(dy, rows);
-  const Range across = dx >= 0 ? nearPart(dx, cols) : farPart(-dx, cols);
-  const bool far = (dx >= 0) != (dy >= 0);
-  const int distance = dy >= 0 ? dy : -dy;
-  const Range down = far ? farPart(distance, rows) : nearPart(distance, rows);
-  return findInRegion(down, across, gray, rows, cols, DestTempGrayImage,
-                      findHarrisCornerCoordianteFun2, corners);
+  return findInRegion(framequilt::stripOfNewFrame(dx, dy, rows, cols), gray, rows, cols,
+                      DestTempGrayImage, findHarrisCornerCoordianteFun2, corners);
 }
 
 void* findHarrisCornerCoordianteThreadOne(void* /*unused*/) {

@@ -6,13 +6,13 @@
 #include <cstddef>
 #include <cstring>
 #include <mutex>
-#include <opencv2/core.hpp>
 #include <string>
 #include <vector>
 
 #include "cpu/call_record.h"
 #include "cpu/mosaic_blend.h"
 #include "cpu/offset_estimation.h"
+#include "cpu/placement_rules.h"
 #include "cpu/run_state.h"
 #include "cpu/working_buffers.h"
 #include "framequilt/framequilt.h"
@@ -31,19 +31,8 @@ namespace {
 
 using framequilt::AtScopeEnd;
 using framequilt::planeSize;
-using framequilt::product32;
-
-/// Sides of the mosaic that a run starts with.
-constexpr int kFirstMosaicSide = 6000;
-/// Fewer agreeing pairs are not blended.
-constexpr int kFewestPairs = 11;
-/// Limits of a static scene: no mean gray difference exceeds the first; a half of the gray range.
-constexpr int kStaticMotionLimit = 255;
-constexpr float kStaticOverlapLimit = 128.0F;
 
 void clear(unsigned char* plane, std::size_t bytes) { std::memset(plane, 0, bytes); }
-
-bool isColour(int channels) { return channels >= 2; }
 
 std::size_t workingBytes(int channels) { return planeSize(imgScaleRow, imgScaleCol, channels); }
 
@@ -58,41 +47,13 @@ void bringToWorkingSize(unsigned char* frame, imgInfo info, int frameScale, unsi
                                 capacity);
 }
 
-/// Makes a new mosaic and copies the reference into it.
-bool placeReference(int channels, SPoint start, SPoint end, cv::Mat& mosaic) {
-  const std::lock_guard lock(framequilt::mosaicMutex());
-  mosaic =
-      cv::Mat::zeros(kFirstMosaicSide, kFirstMosaicSide, isColour(channels) ? CV_8UC3 : CV_8UC1);
-  return willSmallImgToBigImgAssignRowCol(theSorImageScale, imgScaleRow, imgScaleCol, start.y,
-                                          end.y, start.x, end.x, mosaic.rows, mosaic.cols, channels,
-                                          mosaic.data);
-}
-
-/// Puts the first frame of a run into the middle of a new mosaic.
-bool startMosaic(int channels, SPoint& outLeft, SPoint& outRight, cv::Mat& mosaic,
-                 stitchflags& flags) {
-  const SPoint start = {kFirstMosaicSide / 2 - imgScaleCol / 2,
-                        kFirstMosaicSide / 2 - imgScaleRow / 2};
-  flags.position = start;
-  outLeft = start;
-  outRight = {start.x + imgScaleCol, start.y + imgScaleRow};
-  if (placeReference(channels, outLeft, outRight, mosaic)) return true;
-  framequilt::report("willSmallImgToBigImgAssignRowCol failed");
-  return false;
-}
-
-/// Whether the mosaic is one that this run's frame at `position` can lie in. After calls out of
-/// order it may be missing or stem from a run of another shape.
-bool holdsFrame(const cv::Mat& mosaic, SPoint position, int channels) {
-  return !mosaic.empty() && mosaic.isContinuous() &&
-         mosaic.type() == (isColour(channels) ? CV_8UC3 : CV_8UC1) && position.x >= 0 &&
-         position.y >= 0 && position.x + imgScaleCol <= mosaic.cols &&
-         position.y + imgScaleRow <= mosaic.rows;
+bool canHoldFrame(const cv::Mat& mosaic, SPoint position, int channels) {
+  return framequilt::holdsFrame(mosaic, position, imgScaleRow, imgScaleCol, channels);
 }
 
 /// Has the view moved little enough?
 void judgeByMotion(imgInfo destInfo, int referenceChannels, stitchflags& flags) {
-  motionValueThCpu = GstaticDynamicFlag != 0 ? motionValueThCpu0 : kStaticMotionLimit;
+  motionValueThCpu = GstaticDynamicFlag != 0 ? motionValueThCpu0 : framequilt::kStaticMotionLimit;
   const AtScopeEnd release([] { framequilt::releaseMotionPlanes(); });
   framequilt::allocateMotionPlanes();
   const int motion = imageMotionModel(thedestImage_pre, thedestImageScale, destInfo.rows,
@@ -133,12 +94,12 @@ class OverlapParts {
 void judgeByOverlap(unsigned char* src, unsigned char* dest, int channels, const cv::Mat& mosaic,
                     stitchflags& flags) {
   const bool dynamic = GstaticDynamicFlag != 0;
-  brightThCpu = dynamic ? brightThCpu0 : kStaticOverlapLimit;
-  defintThCpu = dynamic ? defintThCpu0 : kStaticOverlapLimit;
+  brightThCpu = dynamic ? brightThCpu0 : framequilt::kStaticOverlapLimit;
+  defintThCpu = dynamic ? defintThCpu0 : framequilt::kStaticOverlapLimit;
 
   const OverlapParts parts(src, dest, channels);
   unsigned char* const ground =
-      holdsFrame(mosaic, flags.position, channels) ? mosaic.data : nullptr;
+      canHoldFrame(mosaic, flags.position, channels) ? mosaic.data : nullptr;
   imgInfo mosaicPart = {};
   imgInfo framePart = {};
   takeOutOverLapImageFromMoasicImage(
@@ -175,29 +136,6 @@ void judgeByOverlap(unsigned char* src, unsigned char* dest, int channels, const
   }
 }
 
-/// The larger of the two offsets and the side of the frame that it goes along.
-struct Shift {
-  unsigned distance;
-  int side;
-};
-
-Shift largerShift(const stitchflags& flags) {
-  const auto magnitude = [](int offset) {
-    return offset < 0 ? 0U - static_cast<unsigned>(offset) : static_cast<unsigned>(offset);
-  };
-  const unsigned across = magnitude(flags.offsetX);
-  const unsigned down = magnitude(flags.offsetY);
-  return across > down ? Shift{across, imgScaleCol} : Shift{down, imgScaleRow};
-}
-
-/// Overlap within the limits, backed by enough pairs.
-bool canBlend(const Shift& shift, int matchNum) {
-  const auto distance = static_cast<float>(shift.distance);
-  const auto side = static_cast<float>(shift.side);
-  return distance > (1.0F - ImageOverlap_maxCpu) * side &&
-         (1.0F - ImageOverlap_minCpu) * side > distance && matchNum >= kFewestPairs;
-}
-
 void blend(unsigned char* dest) {
   const std::lock_guard lock(framequilt::mosaicMutex());
   stitchingImageImageblendCpu(mosaicImgCpu, dest, thedestImageInfoCpu, flagsCpu, outbordLeftCpu,
@@ -208,9 +146,9 @@ void blend(unsigned char* dest) {
 /// Blends a frame that qualified; where it cannot, the next frame is matched against the reference
 /// of this call again.
 void blendOrKeepReference(unsigned char* dest) {
-  const Shift shift = largerShift(flagsCpu);
-  if (canBlend(shift, flagsCpu.matchNum) &&
-      holdsFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
+  const framequilt::Shift shift = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol);
+  if (framequilt::canBlend(shift, flagsCpu.matchNum, ImageOverlap_minCpu, ImageOverlap_maxCpu) &&
+      canHoldFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
     blend(dest);
     framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
   } else {
@@ -246,7 +184,7 @@ int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameInd
   outRight = outbordRightCpu;
   outFlags = flagsCpu;
   if (!estimated) return -1;
-  return product32(mosaicImgCpu.rows, mosaicImgCpu.cols) >= product32(MAXROW, MAXCOL) ? 1 : 0;
+  return framequilt::isFull(mosaicImgCpu, MAXROW, MAXCOL) ? 1 : 0;
 }
 
 bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameIndex,
@@ -267,7 +205,10 @@ bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameI
     bringToWorkingSize(src, srcInfo, frameScale, theSorImageScale,
                        framequilt::referenceCapacity(channels));
     std::memcpy(thedestImage_pre, theSorImageScale, workingBytes(channels));
-    if (!startMosaic(channels, outLeft, outRight, mosaic, flags)) return false;
+    if (!framequilt::startMosaic(theSorImageScale, imgScaleRow, imgScaleCol, channels, outLeft,
+                                 outRight, mosaic, flags)) {
+      return false;
+    }
   }
 
   framequilt::allocatePairPlanes();

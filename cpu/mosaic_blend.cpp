@@ -8,6 +8,42 @@
 #include "imaging/region.h"
 #include "interface/report.h"
 
+namespace framequilt {
+
+bool blendFrame(const BlendJob& job, const Fuse& fuse, BlendResult& result) {
+  const int dx = job.flags.offsetX;
+  const int dy = job.flags.offsetY;
+  cv::Mat mosaic = job.mosaic;
+  SPoint position = job.flags.position;
+  SPoint topLeft = job.topLeft;
+  SPoint bottomRight = job.bottomRight;
+  BorderExpand(mosaic, job.info.rows, job.info.cols, dx, dy, job.info.rows, job.info.cols,
+               mosaic.cols, mosaic.rows, position, mosaic, position, topLeft, bottomRight, topLeft,
+               bottomRight);
+
+  const int row0 = position.y + dy;
+  const int col0 = position.x + dx;
+  willBigImgAssignRowColToSmallImg(mosaic.data, row0, row0 + job.rows, col0, col0 + job.cols,
+                                   mosaic.rows, mosaic.cols, job.info.channels, result.regionInfo,
+                                   result.region);
+  if (!fuse(result.region, result.regionInfo.channels)) return false;
+  result.regionInfo.channels = job.info.channels;
+  result.regionInfo.rows = job.rows;
+  result.regionInfo.cols = job.cols;
+  willSmallImgToBigImgAssignRowCol(result.region, job.rows, job.cols, row0, row0 + job.rows, col0,
+                                   col0 + job.cols, mosaic.rows, mosaic.cols, job.info.channels,
+                                   mosaic.data);
+
+  position = {col0, row0};
+  outputImageCoordate(topLeft, bottomRight, dx, dy, job.rows, job.cols, position, result.topLeft,
+                      result.bottomRight);
+  result.position = position;
+  result.mosaic = mosaic;
+  return true;
+}
+
+}  // namespace framequilt
+
 bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo info,
                                  stitchflags flags, SPoint topLeft, SPoint bottomRight,
                                  SPoint /*ignored*/, SPoint& topLeftOut, SPoint& bottomRightOut,
@@ -17,28 +53,13 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
     framequilt::report("stitchingImageImageblend ptr is null");
     return false;
   }
-  const int dx = flags.offsetX;
-  const int dy = flags.offsetY;
-  SPoint position = flags.position;
-  BorderExpand(mosaic, info.rows, info.cols, dx, dy, info.rows, info.cols, mosaic.cols, mosaic.rows,
-               position, mosaic, position, topLeft, bottomRight, topLeft, bottomRight);
-
-  const int row0 = position.y + dy;
-  const int col0 = position.x + dx;
-  willBigImgAssignRowColToSmallImg(mosaic.data, row0, row0 + imgScaleRow, col0, col0 + imgScaleCol,
-                                   mosaic.rows, mosaic.cols, info.channels, regionInfo, region);
-  twoImageFusion(region, thedestImageScale, regionInfo.channels, 0, imgScaleRow, imgScaleCol);
-  regionInfo.channels = info.channels;
-  regionInfo.rows = imgScaleRow;
-  regionInfo.cols = imgScaleCol;
-  willSmallImgToBigImgAssignRowCol(region, imgScaleRow, imgScaleCol, row0, row0 + imgScaleRow, col0,
-                                   col0 + imgScaleCol, mosaic.rows, mosaic.cols, info.channels,
-                                   mosaic.data);
-
-  position = {col0, row0};
-  outputImageCoordate(topLeft, bottomRight, dx, dy, imgScaleRow, imgScaleCol, position, topLeftOut,
-                      bottomRightOut);
-  positionOut = position;
-  mosaicOut = mosaic;
-  return true;
+  // Its result is not looked at: it fails for null images only.
+  const auto fuse = [](unsigned char* part, int channels) {
+    twoImageFusion(part, thedestImageScale, channels, 0, imgScaleRow, imgScaleCol);
+    return true;
+  };
+  framequilt::BlendResult result = {topLeftOut, bottomRightOut, positionOut,
+                                    regionInfo, mosaicOut,      region};
+  return framequilt::blendFrame(
+      {mosaic, imgScaleRow, imgScaleCol, info, flags, topLeft, bottomRight}, fuse, result);
 }

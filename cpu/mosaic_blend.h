@@ -3,6 +3,7 @@
 /// Places a frame into the mosaic.
 #pragma once
 
+#include <functional>
 #include <opencv2/core/mat.hpp>
 
 #include "framequilt/export.h"
@@ -27,3 +28,35 @@ FRAMEQUILT_EXPORT bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char
                                                    SPoint& topLeftOut, SPoint& bottomRightOut,
                                                    SPoint& positionOut, imgInfo& regionInfo,
                                                    cv::Mat& mosaicOut, unsigned char* region);
+
+namespace framequilt {
+
+/// A frame to be placed, as for `stitchingImageImageblendCpu`; `rows` x `cols` is its working size.
+struct BlendJob {
+  cv::Mat mosaic;
+  int rows, cols;
+  imgInfo info;
+  stitchflags flags;
+  SPoint topLeft, bottomRight;
+};
+
+/// Where the results go.
+struct BlendResult {
+  SPoint& topLeft;
+  SPoint& bottomRight;
+  SPoint& position;
+  imgInfo& regionInfo;
+  cv::Mat& mosaic;
+  unsigned char* region;
+};
+
+/// Mixes the frame into the region that was cut out of the mosaic, in place. False when it cannot.
+using Fuse = std::function<bool(unsigned char* region, int channels)>;
+
+/// The road of every blend, whoever fuses.
+/// \return False when `fuse` failed: the pixels of the mosaic, the corners and the position are
+///         then unchanged, while the region holds the mosaic's pixels.
+/// \throws as above.
+bool blendFrame(const BlendJob& job, const Fuse& fuse, BlendResult& result);
+
+}  // namespace framequilt

@@ -2,15 +2,12 @@
 #include "cpu/offset_estimation.h"
 
 #include <algorithm>
-#include <cmath>
 #include <cstddef>
-#include <vector>
 
 #include "cpu/corner_lane.h"
 #include "cpu/run_state.h"
-#include "features/consensus.h"
 #include "features/features_state.h"
-#include "features/matching.h"
+#include "features/offset.h"
 #include "framequilt/tuning.h"
 #include "imaging/pixel_math.h"
 #include "imaging/run_buffer.h"
@@ -21,17 +18,6 @@ namespace {
 using framequilt::drop;
 using framequilt::ensure;
 using framequilt::planeSize;
-
-/// A nearest descriptor has to be closer than this share of the second nearest.
-constexpr float kRatio = 0.98F;
-/// Fewer agreeing pairs do not make an offset.
-constexpr std::size_t kFewestPairs = 11;
-
-struct MatchedPoints {
-  std::vector<SPoint> one, two;
-
-  bool empty() const { return one.empty() || two.empty(); }
-};
 
 void setCornerSearchSize() {
   if (scale != 1 && scale != 2) return;
@@ -60,17 +46,6 @@ bool findCornersOfBoth() {
   return one && two;
 }
 
-MatchedPoints matchCorners() {
-  std::vector<SPoint> matches;
-  calacDistanceIndexFun(FeatureDescriber1, FeatureDescriber2, dist_valueCpu, kRatio,
-                        static_cast<int>(HarrissCornerSPointOneArray.size()), demesion,
-                        static_cast<int>(HarrissCornerSPointTwoArray.size()), demesion, matches);
-  MatchedPoints points;
-  roughMatchSPoint(HarrissCornerSPointOneArray, HarrissCornerSPointTwoArray, matches, points.one,
-                   points.two);
-  return points;
-}
-
 }  // namespace
 
 bool imageMosaicFun(unsigned char* img1, unsigned char* img2, imgInfo info, int& dx, int& dy,
@@ -93,20 +68,8 @@ bool imageMosaicFun(unsigned char* img1, unsigned char* img2, imgInfo info, int&
   framequilt::report("imageMosaicFun in");
   if (!findCornersOfBoth()) return false;
 
-  const MatchedPoints matched = matchCorners();
-  if (matched.empty()) return false;
-
-  MatchedPoints agreeing;
-  float fx = 0.0F;
-  float fy = 0.0F;
-  ransacMatchSPointArrayFun(matched.one, matched.two, agreeing.one, agreeing.two, fx, fy);
-  if (agreeing.empty()) return false;
-  if (!(std::fabs(fx) < static_cast<float>(info.cols))) return false;
-  if (!(std::fabs(fy) < static_cast<float>(info.rows))) return false;
-
-  matchCount = static_cast<int>(agreeing.one.size());
-  if (agreeing.one.size() < kFewestPairs) return false;
-  dx = framequilt::truncateToInt(fx);
-  dy = framequilt::truncateToInt(fy);
-  return true;
+  return framequilt::offsetOfCorners({HarrissCornerSPointOneArray, FeatureDescriber1},
+                                     {HarrissCornerSPointTwoArray, FeatureDescriber2},
+                                     dist_valueCpu, demesion, info.rows, info.cols, dx, dy,
+                                     matchCount);
 }

@@ -93,6 +93,19 @@ void mixGray(const unsigned char* image1, unsigned char* image2, const unsigned 
 
 }  // namespace
 
+namespace framequilt {
+
+void spreadDistances(float* one, float* two, int rows, int cols) {
+  // Only the new frame: it fades towards its edges, the mosaic does not.
+  blankFrame(two, rows, cols);
+  for (float* map : {one, two}) {
+    spreadDown(map, rows, cols);
+    spreadUp(map, rows, cols);
+  }
+}
+
+}  // namespace framequilt
+
 bool weightofTwoAreaFun(unsigned char* image1, unsigned char* image2, int rows, int cols,
                         int channels, int /*ignored*/, unsigned char* weight) {
   if (image1 == nullptr || image2 == nullptr || weight == nullptr) return refuseNull();
@@ -112,12 +125,7 @@ bool weightofTwoAreaFun(unsigned char* image1, unsigned char* image2, int rows, 
 
   rgb2GrayFloat1(image1, rows, cols, channels, a);
   rgb2GrayFloat1(image2, rows, cols, channels, b);
-  // Only the new frame: it fades towards its edges, the mosaic does not.
-  blankFrame(b, rows, cols);
-  for (float* map : {a, b}) {
-    spreadDown(map, rows, cols);
-    spreadUp(map, rows, cols);
-  }
+  framequilt::spreadDistances(a, b, rows, cols);
   for (std::size_t i = 0; i < pixels; ++i) weight[i] = weightOf(a[i], b[i]);
   return true;
 }

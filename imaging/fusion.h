@@ -29,3 +29,11 @@ FRAMEQUILT_EXPORT bool weightofTwoAreaFun(unsigned char* image1, unsigned char* 
 /// \return False, after the line "ptr is null", when an image is null.
 FRAMEQUILT_EXPORT bool twoImageFusion(unsigned char* image1, unsigned char* image2, int channels,
                                       int ignored, int rows, int cols);
+
+namespace framequilt {
+
+/// From the masks (255 or 0) of two rows x cols images to their distances, in place: blanks the
+/// outer frame of the second, then the two passes over each.
+void spreadDistances(float* one, float* two, int rows, int cols);
+
+}  // namespace framequilt

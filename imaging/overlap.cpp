@@ -87,19 +87,6 @@ void sampleTopLeftQuarter(const Side& side, int rows1, int cols1) {
   }
 }
 
-/// Blanks the outer frame of a response.
-///
-/// On a plane narrower than the left strip, the strip runs over into the following rows and, behind
-/// the last one, over bytes that the mean below still reads when the width is odd; the padded image
-/// was larger by more than that. The right strip then adds nothing and must not start before 0.
-void blankFrame(unsigned char* plane, int rows, int cols) {
-  if (rows < 1 || cols < 1) return;
-  corresRowAllColZero(plane, rows, cols, 0, 1);
-  corresRowAllColZero(plane, rows, cols, rows - 1, rows);
-  corresColAllRowZero(plane, rows, cols, 0, kBlankLeft);
-  corresColAllRowZero(plane, rows, cols, std::max(0, cols - kBlankRight), cols);
-}
-
 /// Horizontal edge response of the sampled plane, in place.
 void respond(const Side& side) {
   const int rows = side.rows / 2;
@@ -109,7 +96,7 @@ void respond(const Side& side) {
   const int paddedCols = cols + 2 * kEdgeBorder;
   opencvFilter2DColCalcChUchar(side.bound, rows, paddedCols, 9, side.filtered);
   opencvcopyFilter2DTakeOutBoundColCh1(side.filtered, rows, paddedCols, kEdgeBorder, side.plane);
-  blankFrame(side.plane, rows, cols);
+  framequilt::blankResponseFrame(side.plane, rows, cols);
 }
 
 /// Mean of the strong responses, read with the geometry of image 1. Row r starts at half of
@@ -156,6 +143,18 @@ bool zeroCols(T* image, int rows, int cols, int startCol, int endCol) {
 }
 
 }  // namespace
+
+namespace framequilt {
+
+void blankResponseFrame(unsigned char* plane, int rows, int cols) {
+  if (rows < 1 || cols < 1) return;
+  corresRowAllColZero(plane, rows, cols, 0, 1);
+  corresRowAllColZero(plane, rows, cols, rows - 1, rows);
+  corresColAllRowZero(plane, rows, cols, 0, kBlankLeft);
+  corresColAllRowZero(plane, rows, cols, std::max(0, cols - kBlankRight), cols);
+}
+
+}  // namespace framequilt
 
 bool calcOverLapImageBright(unsigned char* image1, unsigned char* image2, int rows1, int cols1,
                             int rows2, int cols2, int channels, float& bright1, float& bright2) {

@@ -43,3 +43,15 @@ FRAMEQUILT_EXPORT bool corresColAllRowZero(unsigned char* image, int rows, int c
                                            int endCol);
 FRAMEQUILT_EXPORT bool corresColAllRowZeroFloat(float* image, int rows, int cols, int startCol,
                                                 int endCol);
+
+namespace framequilt {
+
+/// Blanks the outer frame of an edge response: a row at the top and bottom, 10 columns on the left,
+/// 11 on the right.
+///
+/// On a plane narrower than the left strip, the strip runs over into the following rows and, behind
+/// the last one, over up to 9 more bytes: they have to be there. The right strip then adds nothing
+/// and must not start before 0.
+void blankResponseFrame(unsigned char* plane, int rows, int cols);
+
+}  // namespace framequilt

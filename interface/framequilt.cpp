@@ -1,28 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "framequilt/framequilt.h"
 
-#include <algorithm>
-#include <cstddef>
-#include <iterator>
-
 #include "cpu/frame_driver.h"
 #include "cpu/stitching_run.h"
+#include "interface/debug.h"
 
 int GStitchMode = 0, GstaticDynamicFlag = 0;
 bool openclDeviceFlag = false;
 bool cudaDeviceFlag = false;
 
-namespace {
-
-/// The hook takes text that it may write to.
-template <std::size_t N>
-void debug(const char (&text)[N]) {
-  char copy[N];
-  std::copy(std::begin(text), std::end(text), copy);
-  CrossPlatformOutputDebugString(copy);
-}
-
-}  // namespace
+using framequilt::debug;
 
 bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, int maxCol,
                int stitchMode, int staticDynamicFlag) {

@@ -7,15 +7,9 @@
 namespace framequilt {
 namespace {
 
-void printLine(const char* line, std::size_t length, void* /*context*/) {
-  std::fwrite(line, 1, length, stdout);
-  std::fputc('\n', stdout);
-  std::fflush(stdout);
-}
-
 struct Sink {
   std::mutex mutex;
-  ReportSink write = printLine;
+  ReportSink write = nullptr;  // Null: standard output.
   void* context = nullptr;
 };
 
@@ -25,18 +19,32 @@ Sink& sink() {
   return instance;
 }
 
-}  // namespace
+void print(std::string_view text, bool endLine) {
+  std::fwrite(text.data(), 1, text.size(), stdout);
+  if (endLine) std::fputc('\n', stdout);
+  std::fflush(stdout);
+}
 
-void report(std::string_view line) {
+void emit(std::string_view text, bool endLine) {
   Sink& target = sink();
   const std::lock_guard lock(target.mutex);
-  target.write(line.data(), line.size(), target.context);
+  if (target.write != nullptr) {
+    target.write(text.data(), text.size(), target.context);
+  } else {
+    print(text, endLine);
+  }
 }
+
+}  // namespace
+
+void report(std::string_view line) { emit(line, true); }
+
+void reportUnended(std::string_view text) { emit(text, false); }
 
 void setReportSink(ReportSink write, void* context) {
   Sink& target = sink();
   const std::lock_guard lock(target.mutex);
-  target.write = write != nullptr ? write : printLine;
+  target.write = write;
   target.context = write != nullptr ? context : nullptr;
 }
 

@@ -11,4 +11,8 @@ namespace framequilt {
 /// different threads never mix.
 void report(std::string_view line);
 
+/// The same for the texts that have no line end on standard output: whatever follows them there
+/// stands on the same line. A sink receives them as it does lines.
+void reportUnended(std::string_view text);
+
 }  // namespace framequilt

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "cpu/placement_rules.h"
+
+#include <mutex>
+#include <opencv2/core.hpp>
+
+#include "imaging/pixel_math.h"
+#include "imaging/region.h"
+#include "interface/mosaic_lock.h"
+#include "interface/report.h"
+
+namespace framequilt {
+namespace {
+
+/// Sides of the mosaic that a run starts with.
+constexpr int kFirstMosaicSide = 6000;
+/// Fewer agreeing pairs are not blended.
+constexpr int kFewestPairs = 11;
+
+int mosaicType(int channels) { return isColour(channels) ? CV_8UC3 : CV_8UC1; }
+
+bool placeFrame(unsigned char* frame, int rows, int cols, int channels, SPoint start, SPoint end,
+                cv::Mat& mosaic) {
+  const std::lock_guard lock(mosaicMutex());
+  mosaic = cv::Mat::zeros(kFirstMosaicSide, kFirstMosaicSide, mosaicType(channels));
+  return willSmallImgToBigImgAssignRowCol(frame, rows, cols, start.y, end.y, start.x, end.x,
+                                          mosaic.rows, mosaic.cols, channels, mosaic.data);
+}
+
+}  // namespace
+
+bool startMosaic(unsigned char* frame, int rows, int cols, int channels, SPoint& topLeft,
+                 SPoint& bottomRight, cv::Mat& mosaic, stitchflags& flags) {
+  const SPoint start = {kFirstMosaicSide / 2 - cols / 2, kFirstMosaicSide / 2 - rows / 2};
+  flags.position = start;
+  topLeft = start;
+  bottomRight = {start.x + cols, start.y + rows};
+  if (placeFrame(frame, rows, cols, channels, topLeft, bottomRight, mosaic)) return true;
+  report("willSmallImgToBigImgAssignRowCol failed");
+  return false;
+}
+
+bool holdsFrame(const cv::Mat& mosaic, SPoint position, int rows, int cols, int channels) {
+  return !mosaic.empty() && mosaic.isContinuous() && mosaic.type() == mosaicType(channels) &&
+         position.x >= 0 && position.y >= 0 && position.x + cols <= mosaic.cols &&
+         position.y + rows <= mosaic.rows;
+}
+
+Shift largerShift(const stitchflags& flags, int rows, int cols) {
+  const auto magnitude = [](int offset) {
+    return offset < 0 ? 0U - static_cast<unsigned>(offset) : static_cast<unsigned>(offset);
+  };
+  const unsigned across = magnitude(flags.offsetX);
+  const unsigned down = magnitude(flags.offsetY);
+  return across > down ? Shift{across, cols} : Shift{down, rows};
+}
+
+bool canBlend(const Shift& shift, int matchNum, float minOverlap, float maxOverlap) {
+  const auto distance = static_cast<float>(shift.distance);
+  const auto side = static_cast<float>(shift.side);
+  return distance > (1.0F - maxOverlap) * side && (1.0F - minOverlap) * side > distance &&
+         matchNum >= kFewestPairs;
+}
+
+bool isFull(const cv::Mat& mosaic, int maxRows, int maxCols) {
+  return product32(mosaic.rows, mosaic.cols) >= product32(maxRows, maxCols);
+}
+
+}  // namespace framequilt
