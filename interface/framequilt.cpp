@@ -4,6 +4,8 @@
 #include "cpu/frame_driver.h"
 #include "cpu/stitching_run.h"
 #include "interface/debug.h"
+#include "opencl/OpenclJointFrame.h"
+#include "opencl/OpenclJointRun.h"
 
 int GStitchMode = 0, GstaticDynamicFlag = 0;
 bool openclDeviceFlag = false;
@@ -19,22 +21,32 @@ bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, i
     debug("0 == GStitchMainMode");
     if (GstaticDynamicFlag == 0) debug("0 == GstaticMainDynamicFlag");
   }
-  openclDeviceFlag = false;
+  openclDeviceFlag = initJointCL(rows, cols, channels, cornerBudget, maxRow, maxCol);
+  if (openclDeviceFlag) return true;
+  framequilt::cleanUpFailedStartCL();
   return initJointCpu(rows, cols, channels, cornerBudget, maxRow, maxCol);
 }
 
 int stichingImagedJoint(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
                         int motorDx, int motorDy, bool motorFlag, SPoint& outLeft, SPoint& outRight,
                         cv::Mat& outMosaic, stitchflags& outFlags) {
-  debug("stichingImagedJointCpu in");
-  const int result = stichingImagedJointCpu(src, dest, frameIndex, frameScale, motorDx, motorDy,
-                                            motorFlag, outLeft, outRight, outMosaic, outFlags);
-  if (result == -1) debug("stichingImagedJointCpu failed");
+  debug(openclDeviceFlag ? "stichingImagedJointCL in" : "stichingImagedJointCpu in");
+  const auto stitch = openclDeviceFlag ? stichingImagedJointCL : stichingImagedJointCpu;
+  const int result = stitch(src, dest, frameIndex, frameScale, motorDx, motorDy, motorFlag, outLeft,
+                            outRight, outMosaic, outFlags);
+  if (result == -1) {
+    debug(openclDeviceFlag ? "stichingImagedJointCL failed" : "stichingImagedJointCpu failed");
+  }
   return result;
 }
 
 bool uinitJoint() {
-  uninitJointCpu();
+  if (openclDeviceFlag) {
+    uinitJointCL();
+  } else {
+    framequilt::cleanUpFailedStartCL();
+    uninitJointCpu();
+  }
   cudaDeviceFlag = false;
   openclDeviceFlag = false;
   return true;
