@@ -25,8 +25,8 @@ namespace {
 using framequilt::Bytes;
 using framequilt::ensure;
 using framequilt::Floats;
-using framequilt::HostBuffer;
 using framequilt::HintStrip;
+using framequilt::HostBuffer;
 using framequilt::Mapping;
 using framequilt::pixelGrid;
 using framequilt::planeSize;
@@ -127,9 +127,8 @@ cl_int reduceForSearch(const Worker& worker, cl_mem gray, imgInfo info) {
   if (!fills && worker.reduced != nullptr && planeSize(rows, cols) > 0) {
     // A hinted strip fills only the beginning; nothing of an earlier frame may stay behind it.
     const cl_uchar black = 0;
-    const cl_int status =
-        clEnqueueFillBuffer(commandQueue, worker.reduced, &black, sizeof(black), 0,
-                            planeSize(rows, cols), 0, nullptr, nullptr);
+    const cl_int status = clEnqueueFillBuffer(commandQueue, worker.reduced, &black, sizeof(black),
+                                              0, planeSize(rows, cols), 0, nullptr, nullptr);
     if (status != CL_SUCCESS) return status;
   }
   // One more than the quotient: odd factors round up.
@@ -146,8 +145,7 @@ cl_int smooth(const Worker& worker, const Smoothing& smoothing, int rows, int co
   const Floats plane{smoothing.plane};
   const Floats padded{worker.padded};
   const Floats temp{worker.paddedTemp};
-  cl_int status =
-      worker.padRows(all, plane, rows, cols, border, Floats{smoothing.scratch}, padded);
+  cl_int status = worker.padRows(all, plane, rows, cols, border, Floats{smoothing.scratch}, padded);
   status |= worker.padCols(framequilt::borderGrid(paddedRows, border), padded, paddedRows, cols,
                            border, temp, padded);
   status |= worker.smoothDown(all, padded, paddedRows, paddedCols, temp);
@@ -259,7 +257,8 @@ using FindInStrip = bool (*)(int dx, int dy, cl_mem gray, int rows, int cols,
                              std::vector<SPoint>& corners);
 
 /// One job. Nothing when the device refuses the image.
-std::optional<bool> findAndDescribe(const Worker& worker, FindInImage findInImage, FindInStrip findInPart) {
+std::optional<bool> findAndDescribe(const Worker& worker, FindInImage findInImage,
+                                    FindInStrip findInPart) {
   const int rows = InfoThCL.rows;
   const int cols = InfoThCL.cols;
   const bool colour = InfoThCL.channels == kColour;
@@ -320,17 +319,15 @@ bool getRangeTh2(int dx, int dy, cl_mem gray, int rows, int cols, std::vector<SP
 }
 
 void* findHarrisCornerCoordianteThreadClOne(void* /*unused*/) {
-  const bool stopped = framequilt::openclLaneOne().serveUntilRefusal([] {
-    return findAndDescribe(kOne, findHarrisCornerCoordianteFunClOne, getRangeTh1);
-  });
+  const bool stopped = framequilt::openclLaneOne().serveUntilRefusal(
+      [] { return findAndDescribe(kOne, findHarrisCornerCoordianteFunClOne, getRangeTh1); });
   if (!stopped) return nullptr;
   pthread_exit(nullptr);
 }
 
 void* findHarrisCornerCoordianteThreadClTwo(void* /*unused*/) {
-  const bool stopped = framequilt::openclLaneTwo().serveUntilRefusal([] {
-    return findAndDescribe(kTwo, findHarrisCornerCoordianteFunClTwo, getRangeTh2);
-  });
+  const bool stopped = framequilt::openclLaneTwo().serveUntilRefusal(
+      [] { return findAndDescribe(kTwo, findHarrisCornerCoordianteFunClTwo, getRangeTh2); });
   if (!stopped) return nullptr;
   pthread_exit(nullptr);
 }

@@ -37,9 +37,7 @@ using framequilt::report;
 /// A response that runs over the end of a narrow plane stays within this margin.
 constexpr std::size_t kResponseMargin = 16;
 
-std::size_t workingBytes(int channels) {
-  return planeSize(imgScaleRowCL, imgScaleColCL, channels);
-}
+std::size_t workingBytes(int channels) { return planeSize(imgScaleRowCL, imgScaleColCL, channels); }
 
 cl_int launchPreJudgement(const HostBuffer& frame, imgInfo info) {
   const auto& kernel =
@@ -160,9 +158,9 @@ void judgeByOverlap(int channels, const cv::Mat& mosaic, stitchflags& flags) {
   calcOverLapImageBrightCL(resiz_OneBoundCL, resiz_TwoBoundCL, mosaicPart.rows, mosaicPart.cols,
                            framePart.rows, framePart.cols, channels, flags.brightOne,
                            flags.brightTwo);
-  calcOverLapImageDefinitionCL(resiz_OneBoundCL, resiz_TwoBoundCL, mosaicPart.rows,
-                               mosaicPart.cols, framePart.rows, framePart.cols, channels,
-                               flags.definitionOne, flags.definitionTwo);
+  calcOverLapImageDefinitionCL(resiz_OneBoundCL, resiz_TwoBoundCL, mosaicPart.rows, mosaicPart.cols,
+                               framePart.rows, framePart.cols, channels, flags.definitionOne,
+                               flags.definitionTwo);
   setStitchFlag(flags.offsetX < imgScaleColCL && flags.offsetY < imgScaleRowCL &&
                     std::fabs(flags.brightOne - flags.brightTwo) < brightThCL &&
                     std::fabs(flags.definitionOne - flags.definitionTwo) < defintThCL,
@@ -172,8 +170,7 @@ void judgeByOverlap(int channels, const cv::Mat& mosaic, stitchflags& flags) {
 /// Blends a frame that qualified; where it cannot, the next frame is matched against the reference
 /// of this call again. False when the device refused.
 bool blendOrKeepReference(unsigned char* dest) {
-  const framequilt::Shift shift =
-      framequilt::largerShift(flagsCL, imgScaleRowCL, imgScaleColCL);
+  const framequilt::Shift shift = framequilt::largerShift(flagsCL, imgScaleRowCL, imgScaleColCL);
   const int channels = thedestImageInfoCL.channels;
   if (framequilt::canBlend(shift, flagsCL.matchNum, ImageOverlap_minCL, ImageOverlap_maxCL) &&
       framequilt::holdsFrame(mosaicImgCL, flagsCL.position, imgScaleRowCL, imgScaleColCL,
@@ -211,10 +208,9 @@ int stichingImagedJointCL(unsigned char* src, unsigned char* dest, int frameInde
 
   const bool first = frameIndex == 0;
   debug(first ? "stitchingImageOffsetCL 0" : "stitchingImageOffsetCL 1");
-  bool done = stitchingImageOffsetCL(first ? src : theSorImageTempCL, dest, frameIndex, unused,
-                                     motorDx, motorDy, motorFlag, theSorImageInfoCL,
-                                     thedestImageInfoCL, outbordLeftCL, outbordRightCL, mosaicImgCL,
-                                     flagsCL);
+  bool done = stitchingImageOffsetCL(
+      first ? src : theSorImageTempCL, dest, frameIndex, unused, motorDx, motorDy, motorFlag,
+      theSorImageInfoCL, thedestImageInfoCL, outbordLeftCL, outbordRightCL, mosaicImgCL, flagsCL);
   if (done && flagsCL.stitch_flags == 1) done = blendOrKeepReference(dest);
 
   outMosaic = mosaicImgCL;

@@ -34,8 +34,7 @@ bool maskBoth(unsigned char* a, unsigned char* b, int rows, int cols, int channe
   const std::size_t bytes = imageBytes(rows, cols, channels);
   HostBuffer one(a, bytes);
   HostBuffer two(b, bytes);
-  const auto& mask =
-      framequilt::isColour(channels) ? framequilt::maskColour : framequilt::maskGray;
+  const auto& mask = framequilt::isColour(channels) ? framequilt::maskColour : framequilt::maskGray;
   errNum = one.status() | two.status();
   if (errNum != CL_SUCCESS) return false;
   errNum = mask(pixelGrid(rows, cols), one.bytes(), two.bytes(), rows, cols,
@@ -69,8 +68,7 @@ bool fuseBoth(unsigned char* a, unsigned char* b, int rows, int cols, int channe
   const std::size_t bytes = imageBytes(rows, cols, channels);
   HostBuffer one(a, bytes);
   HostBuffer two(b, bytes);
-  const auto& fuse =
-      framequilt::isColour(channels) ? framequilt::fuseColour : framequilt::fuseGray;
+  const auto& fuse = framequilt::isColour(channels) ? framequilt::fuseColour : framequilt::fuseGray;
   errNum = one.status() | two.status();
   if (errNum != CL_SUCCESS) return false;
   errNum = fuse(pixelGrid(rows, cols), one.bytes(), two.bytes(), Bytes{AreaImageOneWeightCL}, rows,

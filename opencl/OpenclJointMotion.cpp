@@ -51,9 +51,8 @@ int motionOf(HostBuffer& previous, HostBuffer& current, int rows, int cols, bool
   const framequilt::Grid grid = pixelGrid(rows, cols);
   const Bytes previousGray{PreFrameImageGrayCL};
   const Bytes currentGray{CurFrameImageGrayCL};
-  const cl_int status =
-      framequilt::toGrayOne(grid, previous.bytes(), rows, cols, previousGray) |
-      framequilt::toGrayOne(grid, current.bytes(), rows, cols, currentGray);
+  const cl_int status = framequilt::toGrayOne(grid, previous.bytes(), rows, cols, previousGray) |
+                        framequilt::toGrayOne(grid, current.bytes(), rows, cols, currentGray);
   return differenceOf(previousGray, currentGray, rows, cols, status);
 }
 
@@ -77,9 +76,8 @@ cl_int Filter2DModeKernel(cl_mem image, cl_mem tmpA, cl_mem tmpB, int rows, int 
        "opencvcopyFilter2DBorderColUcharModeKernel");
   step(framequilt::smoothDownModeKernel(padded, Bytes{tmpA}, paddedRows, paddedCols, Bytes{tmpB}),
        "opencvFilter2DRowCalcUcharWin5ModeKernel");
-  step(
-      framequilt::smoothAcrossModeKernel(padded, Bytes{tmpB}, paddedRows, paddedCols, Bytes{tmpA}),
-      "opencvFilter2DColCalcUcharWin5ModeKernel");
+  step(framequilt::smoothAcrossModeKernel(padded, Bytes{tmpB}, paddedRows, paddedCols, Bytes{tmpA}),
+       "opencvFilter2DColCalcUcharWin5ModeKernel");
   step(framequilt::takeOut(pixelGrid(rows, cols), Bytes{tmpA}, rows, cols, border, Bytes{image}),
        "opencvcopyFilter2DTakeOutBoundUcharKernel");
   return all;

@@ -83,8 +83,8 @@ cl_int smooth(const Side& side) {
   const int paddedRows = side.rows + 2 * kSmoothBorder;
   const int paddedCols = side.cols + 2 * kSmoothBorder;
   const framequilt::Grid padded = pixelGrid(paddedRows, paddedCols);
-  cl_int status = framequilt::padRows(padded, Bytes{side.gray}, side.rows, side.cols,
-                                      kSmoothBorder, Bytes{side.padded});
+  cl_int status = framequilt::padRows(padded, Bytes{side.gray}, side.rows, side.cols, kSmoothBorder,
+                                      Bytes{side.padded});
   status |= framequilt::padCols(framequilt::borderGrid(paddedRows, kSmoothBorder),
                                 Bytes{side.padded}, paddedRows, side.cols, kSmoothBorder);
   status |= framequilt::smooth3x3(padded, Bytes{side.padded}, paddedRows, paddedCols,
@@ -105,8 +105,7 @@ cl_int measureMapped(const Side& one, const Side& two, float& bright1, float& br
   parts.two = mapped(two.gray, two, Mapping::Wait::kNot);
   const Mapping first = mapped(one.smoothed, one, Mapping::Wait::kNot);
   const Mapping second = mapped(two.smoothed, two, Mapping::Wait::kForAll);
-  const cl_int status =
-      parts.one.status() | parts.two.status() | first.status() | second.status();
+  const cl_int status = parts.one.status() | parts.two.status() | first.status() | second.status();
   if (status != CL_SUCCESS) return status;
   OverLapImageOneGrayCL = parts.one.bytes();
   OverLapImageTwoGrayCL = parts.two.bytes();
@@ -218,10 +217,10 @@ bool calcOverLapImageDefinitionCL(unsigned char* a, unsigned char* b, int rowsA,
                                   float& defB) {
   if (a == nullptr || b == nullptr) return refuseNull();
   const framequilt::AtScopeEnd unmap([] { framequilt::unmapOverlaps(); });
-  defA = sharpnessOf({OverLapImageOneGrayCL, rowsA, colsA, resiz_OneCL, resiz_OneBoundCL,
-                      resiz_OneBoundFilterCL});
-  defB = sharpnessOf({OverLapImageTwoGrayCL, rowsB, colsB, resiz_TwoCL, resiz_TwoBoundCL,
-                      resiz_TwoBoundFilterCL});
+  defA = sharpnessOf(
+      {OverLapImageOneGrayCL, rowsA, colsA, resiz_OneCL, resiz_OneBoundCL, resiz_OneBoundFilterCL});
+  defB = sharpnessOf(
+      {OverLapImageTwoGrayCL, rowsB, colsB, resiz_TwoCL, resiz_TwoBoundCL, resiz_TwoBoundFilterCL});
   return true;
 }
 
