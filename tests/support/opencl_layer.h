@@ -44,14 +44,14 @@ struct FakeDevice {
   cl_uint clockMHz = 1500;
   cl_uint cacheLineBytes = 128;
   cl_uint preferredFloatWidth = 1;
-  std::map<cl_device_info, cl_int> failingInfos;  ///< Query to what it returns.
+  std::map<cl_device_info, cl_int> failingInfos{};  ///< Query to what it returns.
 };
 
 struct FakePlatform {
   std::string name = "NVIDIA test platform";
   std::vector<FakeDevice> devices = {FakeDevice{}};
-  std::optional<cl_int> infoError;     ///< Of every query of the platform.
-  std::optional<cl_int> devicesError;  ///< Of every request for its devices.
+  std::optional<cl_int> infoError{};     ///< Of every query of the platform.
+  std::optional<cl_int> devicesError{};  ///< Of every request for its devices.
 };
 
 /// From now on these are the platforms, in this order. None: as on a machine without any runtime.
@@ -163,13 +163,13 @@ struct TraceEvent {
   std::string kernel{};          ///< Function, of creations, arguments and launches of kernels.
   const void* queue = nullptr;   ///< Of what is enqueued.
 
-  std::size_t bytes = 0;       ///< Of a buffer, a mapped or copied region, an argument.
-  std::size_t offset = 0;      ///< Of that region.
-  cl_mem_flags flags = 0;      ///< Of a new buffer, as asked for.
-  cl_map_flags mapFlags = 0;   ///< Of maps, and of unmaps: those of the map.
-  bool blocking = false;       ///< As asked for.
-  void* pointer = nullptr;     ///< The host's: of a new buffer, a mapped or copied region.
-  cl_uint argument = 0;        ///< Index.
+  std::size_t bytes = 0;               ///< Of a buffer, a mapped or copied region, an argument.
+  std::size_t offset = 0;              ///< Of that region.
+  cl_mem_flags flags = 0;              ///< Of a new buffer, as asked for.
+  cl_map_flags mapFlags = 0;           ///< Of maps, and of unmaps: those of the map.
+  bool blocking = false;               ///< As asked for.
+  void* pointer = nullptr;             ///< The host's: of a new buffer, a mapped or copied region.
+  cl_uint argument = 0;                ///< Index.
   std::vector<unsigned char> value{};  ///< Of an argument; empty for local memory.
 
   std::vector<std::size_t> globalOffset{}, globalSize{}, localSize{};  ///< Empty: left to it.

@@ -37,8 +37,7 @@ cl_int answerInfo(const void* answer, std::size_t bytes, std::size_t room, void*
   return CL_SUCCESS;
 }
 
-cl_int answerInfo(const std::string& answer, std::size_t room, void* value,
-                  std::size_t* bytesOut) {
+cl_int answerInfo(const std::string& answer, std::size_t room, void* value, std::size_t* bytesOut) {
   return answerInfo(answer.c_str(), answer.size() + 1, room, value, bytesOut);
 }
 

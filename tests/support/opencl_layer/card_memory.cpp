@@ -39,8 +39,8 @@ std::atomic<bool> isOn{false};
 unsigned char* window(CardBuffer& buffer) {
   if (buffer.host != nullptr) return buffer.host;
   if (buffer.pages == nullptr) {
-    void* const pages = ::mmap(nullptr, buffer.bytes, PROT_READ | PROT_WRITE,
-                               MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    void* const pages =
+        ::mmap(nullptr, buffer.bytes, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
     if (pages == MAP_FAILED) return nullptr;
     buffer.pages = static_cast<unsigned char*>(pages);
   }
@@ -88,8 +88,7 @@ cl_mem createOnCard(cl_context context, cl_mem_flags flags, std::size_t bytes, v
       CL_MEM_HOST_READ_ONLY | CL_MEM_HOST_WRITE_ONLY | CL_MEM_HOST_NO_ACCESS;
   cl_mem_flags below = flags & ~forbidding;
   if (overHost) below = (below & ~cl_mem_flags{CL_MEM_USE_HOST_PTR}) | CL_MEM_COPY_HOST_PTR;
-  const cl_mem handle =
-      callRuntime(runtime().clCreateBuffer, context, below, bytes, host, status);
+  const cl_mem handle = callRuntime(runtime().clCreateBuffer, context, below, bytes, host, status);
   if (handle == nullptr) return nullptr;
   const std::lock_guard lock(card().mutex);
   card().buffers.insert_or_assign(
@@ -139,11 +138,11 @@ cl_int unmapToCard(cl_command_queue queue, cl_mem buffer, const Mapping& mapping
   cl_int status = CL_SUCCESS;
   if (writes(mapping.flags)) {
     status = callRuntime(runtime().clEnqueueWriteBuffer, queue, buffer, cl_bool{CL_TRUE},
-                         mapping.offset, mapping.bytes,
-                         static_cast<const void*>(mapping.pointer), wait.count, wait.events, event);
+                         mapping.offset, mapping.bytes, static_cast<const void*>(mapping.pointer),
+                         wait.count, wait.events, event);
   } else if (wait.count > 0 || event != nullptr) {
-    status = callRuntime(runtime().clEnqueueMarkerWithWaitList, queue, wait.count, wait.events,
-                         event);
+    status =
+        callRuntime(runtime().clEnqueueMarkerWithWaitList, queue, wait.count, wait.events, event);
   }
   if (status == CL_SUCCESS) closeWindow(buffer);
   return status;

@@ -46,9 +46,9 @@ cl_context makeContext(std::vector<cl_device_id> devices, Properties shown, Noti
                        void* user, cl_int* status) {
   const cl_device_id real = realDevice();
   const Properties below = translated(shown);
-  const cl_context context = callRuntime(runtime().clCreateContext,
-                                         below.empty() ? nullptr : below.data(), cl_uint{1}, &real,
-                                         notify, user, status);
+  const cl_context context =
+      callRuntime(runtime().clCreateContext, below.empty() ? nullptr : below.data(), cl_uint{1},
+                  &real, notify, user, status);
   if (context == nullptr) return nullptr;
   noteCreated(ObjectKind::kContext, context);
   rememberContext(context, std::move(devices), std::move(shown));
@@ -94,10 +94,12 @@ cl_int CL_API_CALL getContextInfo(cl_context context, cl_context_info name, size
   Call call("clGetContextInfo");
   if (!call.mayPass(context)) return call.status();
   switch (name) {
-    case CL_CONTEXT_DEVICES: return answerInfo(devicesOf(context), room, value, bytesOut);
+    case CL_CONTEXT_DEVICES:
+      return answerInfo(devicesOf(context), room, value, bytesOut);
     case CL_CONTEXT_NUM_DEVICES:
       return answerInfo(static_cast<cl_uint>(devicesOf(context).size()), room, value, bytesOut);
-    case CL_CONTEXT_PROPERTIES: return answerInfo(propertiesOf(context), room, value, bytesOut);
+    case CL_CONTEXT_PROPERTIES:
+      return answerInfo(propertiesOf(context), room, value, bytesOut);
     default:
       return callRuntime(runtime().clGetContextInfo, context, name, room, value, bytesOut);
   }
@@ -124,14 +126,15 @@ cl_command_queue CL_API_CALL createCommandQueue(cl_context context, cl_device_id
                                                 cl_int* status) {
   Call call("clCreateCommandQueue");
   if (!call.mayPass(context, device)) return call.noObject(status);
-  return noteQueue(callRuntime(runtime().clCreateCommandQueue, context, realDevice(), properties,
-                               status),
-                   device);
+  return noteQueue(
+      callRuntime(runtime().clCreateCommandQueue, context, realDevice(), properties, status),
+      device);
 }
 
-cl_command_queue CL_API_CALL createCommandQueueWithProperties(
-    cl_context context, cl_device_id device, const cl_queue_properties* properties,
-    cl_int* status) {
+cl_command_queue CL_API_CALL createCommandQueueWithProperties(cl_context context,
+                                                              cl_device_id device,
+                                                              const cl_queue_properties* properties,
+                                                              cl_int* status) {
   Call call("clCreateCommandQueueWithProperties");
   if (!call.mayPass(context, device)) return call.noObject(status);
   return noteQueue(callRuntime(runtime().clCreateCommandQueueWithProperties, context, realDevice(),

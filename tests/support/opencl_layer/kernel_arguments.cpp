@@ -39,10 +39,9 @@ Kernels& kernels() {
 // Runtimes need not know; then arguments are judged by their looks.
 Parameter parameter(cl_kernel kernel, cl_uint index) {
   cl_kernel_arg_address_qualifier space = 0;
-  const cl_int status = callRuntime(
-      runtime().clGetKernelArgInfo, kernel, index,
-      cl_kernel_arg_info{CL_KERNEL_ARG_ADDRESS_QUALIFIER}, sizeof space,
-      static_cast<void*>(&space), nullptr);
+  const cl_int status = callRuntime(runtime().clGetKernelArgInfo, kernel, index,
+                                    cl_kernel_arg_info{CL_KERNEL_ARG_ADDRESS_QUALIFIER},
+                                    sizeof space, static_cast<void*>(&space), nullptr);
   if (status != CL_SUCCESS) return Parameter::kUnknown;
   const bool isBuffer =
       space == CL_KERNEL_ARG_ADDRESS_GLOBAL || space == CL_KERNEL_ARG_ADDRESS_CONSTANT;
@@ -61,10 +60,14 @@ bool asBuffer(Parameter parameter, std::size_t bytes, const void* value, cl_mem*
 const char* complaint(cl_mem buffer) {
   if (buffer == nullptr) return "is a null buffer";
   switch (stateOfBuffer(buffer)) {
-    case BufferState::kForeign: return "is no buffer";
-    case BufferState::kGone: return "is a buffer that was released before";
-    case BufferState::kMapped: return "is a mapped buffer";
-    case BufferState::kReady: return nullptr;
+    case BufferState::kForeign:
+      return "is no buffer";
+    case BufferState::kGone:
+      return "is a buffer that was released before";
+    case BufferState::kMapped:
+      return "is a mapped buffer";
+    case BufferState::kReady:
+      return nullptr;
   }
   return nullptr;
 }

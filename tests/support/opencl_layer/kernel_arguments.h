@@ -18,8 +18,8 @@ std::string functionOf(cl_kernel kernel);
 /// The bytes of an argument; none for local memory and for null.
 std::vector<unsigned char> argumentBytes(std::size_t bytes, const void* value);
 
-/// False, and a violation: a buffer that was released before, or none at all. Null is for the launch
-/// to judge. Two threads at one kernel: a violation as well.
+/// False, and a violation: a buffer that was released before, or none at all. Null is for the
+/// launch to judge. Two threads at one kernel: a violation as well.
 bool noteArgument(cl_kernel kernel, cl_uint index, std::size_t bytes, const void* value);
 
 /// False, and a violation: an argument is a null, released or mapped buffer.

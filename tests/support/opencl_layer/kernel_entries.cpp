@@ -72,9 +72,8 @@ cl_int CL_API_CALL enqueueNdRangeKernel(cl_command_queue queue, cl_kernel kernel
   if (!mayLaunch(call.name(), kernel)) return CL_INVALID_KERNEL_ARGS;
   pauseMaybe();
   std::vector<const void*> buffers = buffersOf(kernel);
-  const cl_int status =
-      callRuntime(runtime().clEnqueueNDRangeKernel, queue, kernel, dimensions, offset, global,
-                  local, waitCount, wait, event);
+  const cl_int status = callRuntime(runtime().clEnqueueNDRangeKernel, queue, kernel, dimensions,
+                                    offset, global, local, waitCount, wait, event);
   if (status != CL_SUCCESS) return status;
   noteEvent(event);
   record({.kind = TraceKind::kLaunch,

@@ -34,12 +34,18 @@ Books& books() {
 
 const char* word(ObjectKind kind) {
   switch (kind) {
-    case ObjectKind::kContext: return "context";
-    case ObjectKind::kQueue: return "queue";
-    case ObjectKind::kProgram: return "program";
-    case ObjectKind::kKernel: return "kernel";
-    case ObjectKind::kBuffer: return "buffer";
-    case ObjectKind::kEvent: return "event";
+    case ObjectKind::kContext:
+      return "context";
+    case ObjectKind::kQueue:
+      return "queue";
+    case ObjectKind::kProgram:
+      return "program";
+    case ObjectKind::kKernel:
+      return "kernel";
+    case ObjectKind::kBuffer:
+      return "buffer";
+    case ObjectKind::kEvent:
+      return "event";
   }
   return "object";
 }

@@ -26,8 +26,8 @@ cl_icd_dispatch& entriesOfLayer() {
 using namespace framequilt::opencl_layer;
 
 extern "C" FRAMEQUILT_OPENCL_LAYER_API cl_int CL_API_CALL clGetLayerInfo(cl_layer_info name,
-                                                                          size_t room, void* value,
-                                                                          size_t* bytesOut) {
+                                                                         size_t room, void* value,
+                                                                         size_t* bytesOut) {
   if (name == CL_LAYER_API_VERSION) {
     return answerInfo(cl_layer_api_version{CL_LAYER_API_VERSION_100}, room, value, bytesOut);
   }

@@ -43,8 +43,7 @@ void* CL_API_CALL enqueueMapBuffer(cl_command_queue queue, cl_mem buffer, cl_boo
 }
 
 cl_int CL_API_CALL enqueueUnmapMemObject(cl_command_queue queue, cl_mem buffer, void* pointer,
-                                         cl_uint waitCount, const cl_event* wait,
-                                         cl_event* event) {
+                                         cl_uint waitCount, const cl_event* wait, cl_event* event) {
   Call call("clEnqueueUnmapMemObject");
   if (!call.mayPass(queue, buffer, Handles<cl_event>{waitCount, wait})) return call.status();
   Mapping mapping{};

@@ -59,14 +59,20 @@ cl_int CL_API_CALL getDeviceInfo(cl_device_id device, cl_device_info name, size_
   const auto failing = fake.failingInfos.find(name);
   if (failing != fake.failingInfos.end()) return failing->second;
   switch (name) {
-    case CL_DEVICE_NAME: return answerInfo(fake.name, room, value, bytesOut);
-    case CL_DEVICE_TYPE: return answerInfo(fake.type, room, value, bytesOut);
-    case CL_DEVICE_VERSION: return answerInfo(fake.version, room, value, bytesOut);
-    case CL_DEVICE_PLATFORM: return answerInfo(platformOf(device), room, value, bytesOut);
+    case CL_DEVICE_NAME:
+      return answerInfo(fake.name, room, value, bytesOut);
+    case CL_DEVICE_TYPE:
+      return answerInfo(fake.type, room, value, bytesOut);
+    case CL_DEVICE_VERSION:
+      return answerInfo(fake.version, room, value, bytesOut);
+    case CL_DEVICE_PLATFORM:
+      return answerInfo(platformOf(device), room, value, bytesOut);
     case CL_DEVICE_GLOBAL_MEM_SIZE:
       return answerInfo(fake.globalMemoryBytes, room, value, bytesOut);
-    case CL_DEVICE_MAX_COMPUTE_UNITS: return answerInfo(fake.computeUnits, room, value, bytesOut);
-    case CL_DEVICE_MAX_CLOCK_FREQUENCY: return answerInfo(fake.clockMHz, room, value, bytesOut);
+    case CL_DEVICE_MAX_COMPUTE_UNITS:
+      return answerInfo(fake.computeUnits, room, value, bytesOut);
+    case CL_DEVICE_MAX_CLOCK_FREQUENCY:
+      return answerInfo(fake.clockMHz, room, value, bytesOut);
     case CL_DEVICE_GLOBAL_MEM_CACHELINE_SIZE:
       return answerInfo(fake.cacheLineBytes, room, value, bytesOut);
     case CL_DEVICE_PREFERRED_VECTOR_WIDTH_FLOAT:

@@ -23,15 +23,15 @@ cl_program CL_API_CALL createProgramWithSource(cl_context context, cl_uint count
                                                cl_int* status) {
   Call call("clCreateProgramWithSource");
   if (!call.mayPass(context)) return call.noObject(status);
-  return noteProgram(callRuntime(runtime().clCreateProgramWithSource, context, count, sources,
-                                 lengths, status));
+  return noteProgram(
+      callRuntime(runtime().clCreateProgramWithSource, context, count, sources, lengths, status));
 }
 
 // The real device's binary is the same for all presented ones.
 cl_program CL_API_CALL createProgramWithBinary(cl_context context, cl_uint count,
                                                const cl_device_id* devices, const size_t* lengths,
-                                               const unsigned char** binaries,
-                                               cl_int* binaryStatus, cl_int* status) {
+                                               const unsigned char** binaries, cl_int* binaryStatus,
+                                               cl_int* status) {
   Call call("clCreateProgramWithBinary");
   if (!call.mayPass(context, Handles<cl_device_id>{count, devices})) return call.noObject(status);
   const cl_device_id real = realDevice();
@@ -47,7 +47,8 @@ struct RealList {
   cl_device_id device;
 
   RealList(cl_uint asked, const cl_device_id* list)
-      : count(asked > 0 ? 1 : 0), devices(list == nullptr ? nullptr : &device),
+      : count(asked > 0 ? 1 : 0),
+        devices(list == nullptr ? nullptr : &device),
         device(realDevice()) {}
   RealList(const RealList&) = delete;
   RealList& operator=(const RealList&) = delete;
@@ -87,9 +88,9 @@ cl_int CL_API_CALL getProgramInfo(cl_program program, cl_program_info name, size
     return callRuntime(runtime().clGetProgramInfo, program, name, room, value, bytesOut);
   }
   cl_context context = nullptr;
-  const cl_int status = callRuntime(
-      runtime().clGetProgramInfo, program, cl_program_info{CL_PROGRAM_CONTEXT}, sizeof context,
-      static_cast<void*>(&context), nullptr);
+  const cl_int status =
+      callRuntime(runtime().clGetProgramInfo, program, cl_program_info{CL_PROGRAM_CONTEXT},
+                  sizeof context, static_cast<void*>(&context), nullptr);
   if (status != CL_SUCCESS) return status;
   const std::vector<cl_device_id> devices = devicesOf(context);
   if (name == CL_PROGRAM_DEVICES) return answerInfo(devices, room, value, bytesOut);
