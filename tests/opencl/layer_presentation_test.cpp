@@ -37,6 +37,7 @@ std::string textOf(cl_device_id device, cl_device_info name) {
 template <class T>
 T valueOf(cl_device_id device, cl_device_info name) {
   T value{};
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): also for handles, which point to structures.
   EXPECT_EQ(clGetDeviceInfo(device, name, sizeof(T), &value, nullptr), CL_SUCCESS);
   return value;
 }
