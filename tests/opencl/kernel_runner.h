@@ -8,7 +8,6 @@
 #include <CL/cl.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -153,6 +152,9 @@ template <class T>
 testing::AssertionResult sameBits(const std::vector<T>& expected, const std::vector<T>& actual) {
   if (expected.size() != actual.size()) {
     return testing::AssertionFailure() << actual.size() << " elements, not " << expected.size();
+  }
+  if (std::memcmp(expected.data(), actual.data(), expected.size() * sizeof(T)) == 0) {
+    return testing::AssertionSuccess();
   }
   for (std::size_t i = 0; i < expected.size(); ++i) {
     if (std::memcmp(&expected[i], &actual[i], sizeof(T)) != 0) {
