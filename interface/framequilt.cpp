@@ -4,8 +4,8 @@
 #include "cpu/frame_driver.h"
 #include "cpu/stitching_run.h"
 #include "interface/debug.h"
+#include "interface/run_modes.h"
 
-int GStitchMode = 0, GstaticDynamicFlag = 0;
 bool openclDeviceFlag = false;
 bool cudaDeviceFlag = false;
 
@@ -13,12 +13,7 @@ using framequilt::debug;
 
 bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, int maxCol,
                int stitchMode, int staticDynamicFlag) {
-  GStitchMode = stitchMode;
-  GstaticDynamicFlag = staticDynamicFlag;
-  if (GStitchMode == 0) {
-    debug("0 == GStitchMainMode");
-    if (GstaticDynamicFlag == 0) debug("0 == GstaticMainDynamicFlag");
-  }
+  framequilt::setRunModes(stitchMode, staticDynamicFlag);
   openclDeviceFlag = false;
   return initJointCpu(rows, cols, channels, cornerBudget, maxRow, maxCol);
 }

@@ -27,6 +27,15 @@ void requireFits(const SessionOptions& options) {
                      (halfFits ? ": use scale 2" : " even halved: make them smaller"));
 }
 
+/// Of options with the scale decided.
+void requireScaleOfBackend(const SessionOptions& options) {
+  if (options.backend != Backend::kOpencl || options.scale == 1) return;
+  const bool fitsWhole = std::max(options.rows, options.cols) <= kNewMosaicSide;
+  require(false, "OpenCL works at scale 1, not " + std::to_string(options.scale) +
+                     (fitsWhole ? ": use scale 1 or another backend"
+                                : ", which frames of this size need: use another backend"));
+}
+
 }  // namespace
 
 SessionOptions checked(const SessionOptions& options) {
@@ -53,6 +62,7 @@ SessionOptions checked(const SessionOptions& options) {
     decided.scale = std::max(options.rows, options.cols) <= kNewMosaicSide ? 1 : 2;
   }
   requireFits(decided);
+  requireScaleOfBackend(decided);
   return decided;
 }
 

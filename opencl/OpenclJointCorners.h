@@ -20,8 +20,8 @@ FRAMEQUILT_EXPORT void* findHarrisCornerCoordianteThreadClOne(void* unused);
 FRAMEQUILT_EXPORT void* findHarrisCornerCoordianteThreadClTwo(void* unused);
 
 /// Finds the corners of a gray image on the device, info.rows x info.cols pixels, and appends them
-/// to `corners` (expected empty), in pixels of `gray`; otherwise as `findHarrisCornerCoordianteFun1`
-/// with the OpenCL backend's sizes and the planes of one thread.
+/// to `corners` (expected empty), in pixels of `gray`; otherwise as
+/// `findHarrisCornerCoordianteFun1` with the OpenCL backend's sizes and the planes of one thread.
 /// \return True when at least one corner was found. False after one of the lines "errNum failed"
 ///         (the device refused), "HarrissCornerSPoint22222222222 size is 0".
 FRAMEQUILT_EXPORT bool findHarrisCornerCoordianteFunClOne(cl_mem gray, imgInfo info,

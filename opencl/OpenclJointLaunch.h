@@ -48,8 +48,8 @@ class Kernel {
 
   /// Sets the arguments and enqueues. Without every argument nothing is enqueued.
   template <class... Arguments>
-    requires(std::same_as<Arguments, Parameters> && ...)
-  cl_int operator()(const Grid& grid, Arguments... arguments) const {
+  requires(std::same_as<Arguments, Parameters>&&...) cl_int operator()(
+      const Grid& grid, Arguments... arguments) const {
     cl_uint index = 0;
     cl_int status = CL_SUCCESS;
     ((status |= setArgument(kernel_, index++, arguments)), ...);
