@@ -30,6 +30,9 @@ configure_file(cmake/framequilt.pc.in framequilt.pc @ONLY)
 install(FILES ${CMAKE_CURRENT_BINARY_DIR}/framequilt.pc
         DESTINATION ${framequilt_pc_dir} COMPONENT development)
 
+install(FILES ${framequilt_kernels} DESTINATION ${CMAKE_INSTALL_DATADIR}/framequilt
+        COMPONENT runtime)
+
 install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
         COMPONENT runtime)
 

@@ -44,11 +44,11 @@ void CornerLane::request() {
   changed_.notify_all();
 }
 
-bool CornerLane::await() {
+bool CornerLane::await(Abandoned abandoned) {
   std::unique_lock lock(mutex_);
   while (request_) {
     if (starting_ + serving_ == 0) {
-      request_ = false;
+      if (abandoned == Abandoned::kWithdrawn) request_ = false;
       return false;
     }
     changed_.wait_for(lock, kLookAtFlags);

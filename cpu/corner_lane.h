@@ -15,6 +15,7 @@
 #include <condition_variable>
 #include <exception>
 #include <mutex>
+#include <optional>
 
 namespace framequilt {
 
@@ -39,9 +40,11 @@ class CornerLane {
   /// Raises the request.
   void request();
 
-  /// Blocks until the request is clear. False when the job failed, or when no worker is there to
-  /// take it (the request is then withdrawn).
-  bool await();
+  /// What becomes of a request that no worker is there to take.
+  enum class Abandoned { kWithdrawn, kLeftRaised };
+
+  /// Blocks until the request is clear. False when the job failed, or when no worker is there.
+  bool await(Abandoned abandoned = Abandoned::kWithdrawn);
 
   // --- The worker's side ---
 
@@ -49,19 +52,34 @@ class CornerLane {
   /// is clear.
   template <class Job>
   void serve(Job job) {
+    serveUntilRefusal([&job]() -> std::optional<bool> { return job(); });
+  }
+
+  /// The same for a job that can also refuse to go on, by returning nothing: the worker then leaves
+  /// with the request raised. False when that happened.
+  template <class Job>
+  bool serveUntilRefusal(Job job) {
     enter();
     while (run_) {
       waitForRequest();
-      while (request_) finish(succeeds(job));
+      while (request_) {
+        const std::optional<bool> succeeded = outcomeOf(job);
+        if (!succeeded) {
+          leave();
+          return false;
+        }
+        finish(*succeeded);
+      }
     }
     leave();
+    return true;
   }
 
  private:
   /// Only std::exception is caught: leaving a thread by `pthread_exit` or cancellation unwinds with
   /// an exception of another kind, which has to pass.
   template <class Job>
-  static bool succeeds(Job& job) {
+  static std::optional<bool> outcomeOf(Job& job) {
     try {
       return job();
     } catch (const std::exception&) {

@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "cpu/run_state.h"
 #include "cpu/stitching_run.h"
 #include "framequilt/framequilt.h"
 #include "framequilt/opencl_devices.h"
@@ -63,9 +64,9 @@ std::string fillDevice(const std::string& kernelFile) {
   DeviceHandle ofQueue(commandQueue, &clReleaseCommandQueue);
   DeviceHandle ofProgram(program, &clReleaseProgram);
   if (!ofContext.fill([] { return CreateContext(&device); })) {
-    return orElse(deviceObstacle(),
-                  std::string("the GPU refuses an OpenCL context: check its driver, or ") +
-                      kChooseHost);
+    return orElse(
+        deviceObstacle(),
+        std::string("the GPU refuses an OpenCL context: check its driver, or ") + kChooseHost);
   }
   if (!ofQueue.fill([] { return CreateCommandQueue(context, device); })) {
     return std::string("the GPU refuses an OpenCL command queue: check its driver, or ") +
@@ -89,6 +90,8 @@ int staticDynamicFlag(const SessionOptions& options) { return options.dynamicSce
 
 /// On the device that the globals hold, or on the host where it refuses.
 bool startOnDevice(const SessionOptions& options) {
+  // The stop of a run ends the threads of its own backend alone.
+  if (startOneThFlag || startTwoThFlag) uninitJointCpu();
   return initJoint(options.rows, options.cols, options.channels, options.cornerBudget,
                    options.maxRows, options.maxCols, stitchMode(options),
                    staticDynamicFlag(options));

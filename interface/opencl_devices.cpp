@@ -138,8 +138,8 @@ std::string deviceObstacle() {
            ": install the driver of such a GPU, or " + kChooseHost;
   }
   if (survey.choice.platform < 0) {
-    return "the OpenCL platform '" + nameOfVendors(survey) +
-           "' has no GPU: check its driver, or " + kChooseHost;
+    return "the OpenCL platform '" + nameOfVendors(survey) + "' has no GPU: check its driver, or " +
+           kChooseHost;
   }
   const std::string fault = shortcoming(survey.choice.gpu);
   if (fault.empty()) return {};
@@ -149,10 +149,9 @@ std::string deviceObstacle() {
 
 std::string kernelFileObstacle(const std::string& kernelFile) {
   if (!wantedKernelFile(kernelFile).empty()) return {};
-  const std::string what = kernelFile.empty()
-                               ? "the kernel file cl.bin is not beside the library: install it again"
-                               : "the kernel file '" + kernelFile +
-                                     "' cannot be read: name another";
+  const std::string what =
+      kernelFile.empty() ? "the kernel file cl.bin is not beside the library: install it again"
+                         : "the kernel file '" + kernelFile + "' cannot be read: name another";
   return what + ", or " + kChooseHost;
 }
 

@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <utility>
 
+#include "framequilt/tuning.h"
 #include "opencl/OpenclJointState.h"
 
 namespace framequilt {
@@ -35,6 +36,8 @@ Grid borderGrid(int paddedRows, int border) {
   return {{static_cast<std::size_t>(std::max(border, 1)), overshooting(paddedRows)}, {1, 1}};
 }
 
+int smoothingBorderCL() noexcept { return std::clamp(filter2DKerSizeCL / 2, 0, 2); }
+
 cl_int setArgument(cl_kernel kernel, cl_uint index, int value) {
   return setValue(kernel, index, cl_int{value});
 }
@@ -65,14 +68,12 @@ HostBuffer::HostBuffer(unsigned char* host, std::size_t bytes, Mode mode) {
   if (buffer_ == nullptr && status_ == CL_SUCCESS) status_ = CL_INVALID_MEM_OBJECT;
 }
 
-HostBuffer::~HostBuffer() {
-  if (buffer_ == nullptr) return;
-  if (!settled_) finishQueue();
-  release();
-}
+HostBuffer::~HostBuffer() { release(); }
 
 cl_int HostBuffer::release() {
-  return buffer_ == nullptr ? CL_SUCCESS : clReleaseMemObject(std::exchange(buffer_, nullptr));
+  if (buffer_ == nullptr) return CL_SUCCESS;
+  if (!settled_) finishQueue();
+  return clReleaseMemObject(std::exchange(buffer_, nullptr));
 }
 
 Mapping::Mapping(cl_mem buffer, std::size_t bytes, cl_map_flags access, Wait wait) {

@@ -34,6 +34,10 @@ Grid pixelGrid(int rows, int cols);
 /// One item for each row and for each of the `border` columns that are filled on either side.
 Grid borderGrid(int paddedRows, int border);
 
+/// Pixels that the 5-tap smoothing needs on each side: half of `filter2DKerSizeCL`, held to the
+/// 0..2 that the kernels have taps for.
+int smoothingBorderCL() noexcept;
+
 /// The arguments of a kernel as the runtime takes them.
 cl_int setArgument(cl_kernel kernel, cl_uint index, int value);
 cl_int setArgument(cl_kernel kernel, cl_uint index, Bytes plane);
@@ -72,16 +76,17 @@ class HostBuffer {
   };
 
   HostBuffer(unsigned char* host, std::size_t bytes, Mode mode = Mode::kShared);
-  /// Waits for the device unless `settle` was called: it may still read or write the memory.
   ~HostBuffer();
   HostBuffer(const HostBuffer&) = delete;
   HostBuffer& operator=(const HostBuffer&) = delete;
 
   cl_int status() const { return status_; }
   Bytes bytes() const { return {buffer_}; }
-  /// After a blocking command behind the last use: nothing is under way any more.
+  /// The device is done with it, or the caller will wait for that before the memory goes: a release
+  /// need not.
   void settle() { settled_ = true; }
-  /// Releases it before its end. A release that fails counts as one.
+  /// Releases it before its end. Waits for the device unless `settle` was called: it may still read
+  /// or write the memory. A release that fails counts as one.
   cl_int release();
 
  private:

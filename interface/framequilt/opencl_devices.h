@@ -23,8 +23,8 @@ struct OpenclDevice {
   std::string reason;                ///< Why it is not used; empty where it is.
 };
 
-/// Every device of every platform, and the platforms without one, in the order of the OpenCL loader.
-/// Empty: there is no platform.
+/// Every device of every platform, and the platforms without one, in the order of the OpenCL
+/// loader. Empty: there is no platform.
 ///
 /// The first GPU of the platform whose name starts with "AMD" is used, else that of the one whose
 /// name starts with "NVI" (the last one, where several do), if it has at least 4096 MB of memory.

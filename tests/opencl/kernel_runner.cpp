@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tests/opencl/kernel_runner.h"
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+
+namespace {
+
+constexpr std::size_t kSide = 16;
+
+/// A multiple of what any device wants the start of a sub-buffer aligned to.
+constexpr std::size_t kMargin = 4096;
+constexpr unsigned char kUntouched = 171;
+
+std::size_t roundedUp(int side) { return static_cast<std::size_t>(side) / kSide * kSide + kSide; }
+
+}  // namespace
+
+void requireSuccess(cl_int status, const char* call) {
+  if (status != CL_SUCCESS) {
+    throw std::runtime_error(std::string(call) + " gave " + std::to_string(status));
+  }
+}
+
+bool isEmulated() { return std::getenv("FRAMEQUILT_KERNELS_EMULATED") != nullptr; }
+
+const Device& Device::get() {
+  static const Device device;
+  return device;
+}
+
+Device::Device() {
+  cl_platform_id platform = nullptr;
+  cl_uint count = 0;
+  if (clGetPlatformIDs(1, &platform, &count) != CL_SUCCESS || count == 0) {
+    throw std::runtime_error("OpenCL tests need PoCL: run scripts/setup");
+  }
+  requireSuccess(clGetDeviceIDs(platform, CL_DEVICE_TYPE_ALL, 1, &id_, nullptr), "clGetDeviceIDs");
+  cl_int status = CL_SUCCESS;
+  context_.reset(clCreateContext(nullptr, 1, &id_, nullptr, nullptr, &status));
+  requireSuccess(status, "clCreateContext");
+  queue_.reset(clCreateCommandQueue(context(), id_, 0, &status));
+  requireSuccess(status, "clCreateCommandQueue");
+}
+
+DeviceMemory::DeviceMemory(const void* contents, std::size_t bytes)
+    : bytes_(bytes), margin_(isEmulated() ? 0 : kMargin) {
+  const Device& device = Device::get();
+  cl_int status = CL_SUCCESS;
+  const std::size_t all = bytes_ + 2 * margin_;
+  whole_.reset(clCreateBuffer(device.context(), CL_MEM_READ_WRITE, all, nullptr, &status));
+  requireSuccess(status, "clCreateBuffer");
+
+  if (margin_ > 0) {
+    std::vector<unsigned char> initial(all, kUntouched);
+    if (contents != nullptr) std::memcpy(initial.data() + margin_, contents, bytes_);
+    requireSuccess(clEnqueueWriteBuffer(device.queue(), whole_.get(), CL_TRUE, 0, all,
+                                        initial.data(), 0, nullptr, nullptr),
+                   "clEnqueueWriteBuffer");
+    const cl_buffer_region region = {margin_, bytes_};
+    inner_.reset(clCreateSubBuffer(whole_.get(), CL_MEM_READ_WRITE, CL_BUFFER_CREATE_TYPE_REGION,
+                                   &region, &status));
+    requireSuccess(status, "clCreateSubBuffer");
+  } else if (contents != nullptr) {
+    requireSuccess(clEnqueueWriteBuffer(device.queue(), whole_.get(), CL_TRUE, 0, bytes_, contents,
+                                        0, nullptr, nullptr),
+                   "clEnqueueWriteBuffer");
+  }
+}
+
+void DeviceMemory::read(void* contents) const {
+  std::vector<unsigned char> all(bytes_ + 2 * margin_);
+  requireSuccess(clEnqueueReadBuffer(Device::get().queue(), whole_.get(), CL_TRUE, 0, all.size(),
+                                     all.data(), 0, nullptr, nullptr),
+                 "clEnqueueReadBuffer");
+  const auto isUntouched = [](unsigned char byte) { return byte == kUntouched; };
+  const auto margin = static_cast<std::ptrdiff_t>(margin_);
+  EXPECT_TRUE(std::all_of(all.begin(), all.begin() + margin, isUntouched)) << "written in front";
+  EXPECT_TRUE(std::all_of(all.end() - margin, all.end(), isUntouched)) << "written behind";
+  std::memcpy(contents, all.data() + margin_, bytes_);
+}
+
+Grid gridOver(int rows, int cols) { return {{roundedUp(cols), roundedUp(rows)}, {kSide, kSide}}; }
+
+Grid borderGrid(int paddedRows, int border) {
+  return {{static_cast<std::size_t>(border), roundedUp(paddedRows)}, {1, 1}};
+}
+
+std::string kernelSource() {
+  std::ifstream file(FRAMEQUILT_KERNELS, std::ios::binary);
+  if (!file) throw std::runtime_error("no " FRAMEQUILT_KERNELS);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+KernelProgram::KernelProgram(const std::string& source) {
+  const Device& device = Device::get();
+  const char* text = source.c_str();
+  cl_int status = CL_SUCCESS;
+  program_.reset(clCreateProgramWithSource(device.context(), 1, &text, nullptr, &status));
+  requireSuccess(status, "clCreateProgramWithSource");
+  requireSuccess(clBuildProgram(program_.get(), 0, nullptr, nullptr, nullptr, nullptr),
+                 "clBuildProgram");
+}
+
+const KernelProgram& KernelProgram::get() {
+  static const KernelProgram program(kernelSource());
+  return program;
+}
+
+void KernelProgram::launch(cl_kernel kernel, const Grid& grid) {
+  const cl_command_queue queue = Device::get().queue();
+  requireSuccess(clEnqueueNDRangeKernel(queue, kernel, 2, nullptr, grid.global.data(),
+                                        grid.local.data(), 0, nullptr, nullptr),
+                 "clEnqueueNDRangeKernel");
+  requireSuccess(clFinish(queue), "clFinish");
+}
