@@ -49,8 +49,9 @@ class DeviceHandle {
   bool made_ = false;
 };
 
-std::string orElse(const std::string& reason, const std::string& otherwise) {
-  return reason.empty() ? otherwise : reason;
+std::string refusedByGpu(const char* object) {
+  return std::string("the GPU refuses an OpenCL ") + object + ": check its driver, or " +
+         kChooseHost;
 }
 
 /// Fills the globals of the device, so that the start of a run finds them and makes none itself.
@@ -64,13 +65,11 @@ std::string fillDevice(const std::string& kernelFile) {
   DeviceHandle ofQueue(commandQueue, &clReleaseCommandQueue);
   DeviceHandle ofProgram(program, &clReleaseProgram);
   if (!ofContext.fill([] { return CreateContext(&device); })) {
-    return orElse(
-        deviceObstacle(),
-        std::string("the GPU refuses an OpenCL context: check its driver, or ") + kChooseHost);
+    const std::string reason = deviceObstacle();
+    return reason.empty() ? refusedByGpu("context") : reason;
   }
   if (!ofQueue.fill([] { return CreateCommandQueue(context, device); })) {
-    return std::string("the GPU refuses an OpenCL command queue: check its driver, or ") +
-           kChooseHost;
+    return refusedByGpu("command queue");
   }
   if (!ofProgram.fill([&] { return CreateProgram(context, device, file.c_str()); })) {
     return "the kernels of '" + file + "' do not build on this GPU: name another kernel file, or " +
@@ -104,6 +103,11 @@ bool startOnHost(const SessionOptions& options) {
                       options.maxRows, options.maxCols);
 }
 
+std::string refusedStart(const SessionOptions& options) {
+  return "the GPU refuses to start a run with '" + wantedKernelFile(options.kernelFile) +
+         "': name another kernel file, or " + kChooseHost;
+}
+
 void requireStarted(bool started) {
   if (started) return;
   throw Error(ErrorCode::kStartFailed,
@@ -135,10 +139,7 @@ StartedEngine::StartedEngine(const SessionOptions& options)
       if (usesOpencl_ || options.backend == Backend::kAuto) return;
     }
     if (options.backend == Backend::kOpencl) {
-      throw Error(ErrorCode::kNoOpencl,
-                  orElse(obstacle, std::string("the GPU refuses to start a run of this size: use "
-                                               "smaller frames, or ") +
-                                       kChooseHost));
+      throw Error(ErrorCode::kNoOpencl, obstacle.empty() ? refusedStart(options) : obstacle);
     }
   }
   stop_.emplace();

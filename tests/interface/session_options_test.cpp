@@ -162,6 +162,19 @@ TEST(SessionScale, IsTheLargestThatKeepsEveryPixelUnlessItIsGiven) {
   EXPECT_EQ(scaleOf(12001, 5, 2), 2);
 }
 
+TEST(SessionScale, IsOneWithOpencl) {
+  const auto ofOpencl = [](int rows, int scale) {
+    return refusalOf([=](SessionOptions& options) {
+      options.rows = rows;
+      options.scale = scale;
+      options.backend = framequilt::Backend::kOpencl;
+    });
+  };
+  EXPECT_EQ(ofOpencl(8, 2), "OpenCL works at scale 1, not 2: use scale 1 or another backend");
+  EXPECT_EQ(ofOpencl(6001, framequilt::kAutoScale),
+            "OpenCL works at scale 1, not 2, which frames of this size need: use another backend");
+}
+
 TEST(SessionScale, FramesHaveToFitIntoTheMosaicThatARunBeginsWith) {
   EXPECT_EQ(ofSize(6000, 6000, 1), "nothing");
   EXPECT_EQ(ofSize(5, 6001, 1), "frames of 6001 x 5 pixels are more than 6000 a side: use scale 2");
