@@ -11,6 +11,7 @@
 #include "interface/kernel_file.h"
 #include "interface/opencl_obstacle.h"
 #include "interface/run_modes.h"
+#include "interface/session_options.h"
 #include "opencl/OpenclJoint.h"
 #include "opencl/OpenclJointReleased.h"
 #include "opencl/OpenclJointState.h"
@@ -114,9 +115,8 @@ void requireStarted(bool started) {
               "the worker threads could not be started: close other programs and try again");
 }
 
-/// The OpenCL backend does not make frames smaller.
 bool mayUseOpencl(const SessionOptions& options) {
-  return options.backend != Backend::kHost && options.scale == 1;
+  return options.backend != Backend::kHost && missingInOpencl(options).empty();
 }
 
 }  // namespace

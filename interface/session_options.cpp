@@ -27,16 +27,21 @@ void requireFits(const SessionOptions& options) {
                      (halfFits ? ": use scale 2" : " even halved: make them smaller"));
 }
 
-/// Of options with the scale decided.
-void requireScaleOfBackend(const SessionOptions& options) {
-  if (options.backend != Backend::kOpencl || options.scale == 1) return;
-  const bool fitsWhole = std::max(options.rows, options.cols) <= kNewMosaicSide;
-  require(false, "OpenCL works at scale 1, not " + std::to_string(options.scale) +
-                     (fitsWhole ? ": use scale 1 or another backend"
-                                : ", which frames of this size need: use another backend"));
-}
-
 }  // namespace
+
+std::string missingInOpencl(const SessionOptions& options) {
+  if (options.scale != 1) {
+    const bool fitsWhole = std::max(options.rows, options.cols) <= kNewMosaicSide;
+    return "OpenCL works at scale 1, not " + std::to_string(options.scale) +
+           (fitsWhole ? ": use scale 1 or another backend"
+                      : ", which frames of this size need: use another backend");
+  }
+  if (options.criterion == Criterion::kOverlap && options.dynamicScene) {
+    return "OpenCL has no narrow limits for the overlap of a dynamic scene: use the motion "
+           "criterion or another backend";
+  }
+  return {};
+}
 
 SessionOptions checked(const SessionOptions& options) {
   require(options.rows > 0 && options.cols > 0,
@@ -62,7 +67,8 @@ SessionOptions checked(const SessionOptions& options) {
     decided.scale = std::max(options.rows, options.cols) <= kNewMosaicSide ? 1 : 2;
   }
   requireFits(decided);
-  requireScaleOfBackend(decided);
+  const std::string missing = missingInOpencl(decided);
+  require(options.backend != Backend::kOpencl || missing.empty(), missing);
   return decided;
 }
 

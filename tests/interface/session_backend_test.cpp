@@ -90,6 +90,15 @@ TEST(SessionBackend, IsTheHostWhereFramesAreHalved) {
   EXPECT_EQ(engine.deviceStart.kernelFile, "");
 }
 
+TEST(SessionBackend, IsTheHostForTheOverlapOfADynamicScene) {
+  ScriptedEngine engine(Device::kServes);
+  SessionOptions asked = withKernelFile(someFile());
+  asked.dynamicScene = true;
+  EXPECT_EQ(Session(asked).backend(), "opencl");
+  asked.criterion = framequilt::Criterion::kOverlap;
+  EXPECT_EQ(Session(asked).backend(), "host");
+}
+
 TEST(SessionBackend, IsTheHostWhereTheDeviceRefusesTheStart) {
   ScriptedEngine engine(Device::kRefuses);
   const Session session(withKernelFile(someFile()));

@@ -40,6 +40,8 @@ class SessionOpencl : public testing::Test {
  protected:
   SessionOpencl() {
     layer::presentDefault();
+    // The first corner thread and the motion measure take turns.
+    layer::allowSharedKernel("rgb2GaryKernel");
     layer::resetRecords();
     std::string name = (fs::temp_directory_path() / "framequilt-XXXXXX").string();
     folder_ = fs::canonical(::mkdtemp(name.data()));
@@ -90,13 +92,12 @@ class SessionOpencl : public testing::Test {
     EXPECT_EQ(layer::live().count(layer::ObjectKind::kKernel), 0);
   }
 
-  /// The steps of a small walk, with one frame that is too dark where brightness is looked at.
+  /// A small walk with a step that is too short.
   std::vector<FrameResult> walk(Session& session) const {
     std::vector<FrameResult> results;
-    for (const Frame& frame :
-         {frameAt(20, 100), frameAt(120, 100), withGain(frameAt(200, 130), 128, 0),
-          frameAt(210, 140), frameAt(120, 60)}) {
-      results.push_back(session.add(viewOf(frame)));
+    for (const cv::Point& at : {cv::Point(20, 100), cv::Point(120, 100), cv::Point(130, 102),
+                                cv::Point(210, 140), cv::Point(120, 60)}) {
+      results.push_back(session.add(viewOf(frameAt(at.x, at.y))));
     }
     return results;
   }
@@ -109,10 +110,17 @@ class SessionOpencl : public testing::Test {
 }  // namespace
 
 TEST_F(SessionOpencl, JoinsWhatTheHostJoins) {
-  for (const Criterion criterion : {Criterion::kMotion, Criterion::kOverlap}) {
+  struct Judging {
+    Criterion criterion;
+    bool dynamicScene;
+    bool joins;
+  };
+  for (const Judging& judging : {Judging{Criterion::kMotion, false, true},
+                                 Judging{Criterion::kMotion, true, false},
+                                 Judging{Criterion::kOverlap, false, true}}) {
     SessionOptions asked = options();
-    asked.criterion = criterion;
-    asked.dynamicScene = criterion == Criterion::kOverlap;
+    asked.criterion = judging.criterion;
+    asked.dynamicScene = judging.dynamicScene;
     Session onDevice(asked);
     EXPECT_EQ(onDevice.backend(), "opencl");
     const std::vector<FrameResult> got = walk(onDevice);
@@ -121,17 +129,17 @@ TEST_F(SessionOpencl, JoinsWhatTheHostJoins) {
     asked.backend = Backend::kHost;
     Session onHost(asked);
     const std::vector<FrameResult> expected = walk(onHost);
+    EXPECT_EQ(expected.back().verdict == Verdict::kJoined, judging.joins);
     ASSERT_EQ(got.size(), expected.size());
     for (std::size_t i = 0; i < got.size(); ++i) {
       EXPECT_EQ(got[i].verdict, expected[i].verdict) << i << explain(got[i]);
-      EXPECT_EQ(got[i].reason, expected[i].reason) << i;
+      EXPECT_EQ(explain(got[i]), explain(expected[i])) << i;
       EXPECT_EQ(got[i].placement, expected[i].placement) << i;
-      EXPECT_EQ(got[i].judged.limit, expected[i].judged.limit) << i;
     }
-    EXPECT_EQ(got[2].verdict,
-              criterion == Criterion::kOverlap ? Verdict::kRefused : Verdict::kJoined);
     EXPECT_EQ(onDevice.steadyBox(), onHost.steadyBox());
-    EXPECT_LE(cv::norm(onDevice.mosaic(), onHost.mosaic(), cv::NORM_INF), 2);
+    if (judging.joins) {
+      EXPECT_EQ(cv::norm(onDevice.mosaic(), onHost.mosaic(), cv::NORM_INF), 0);
+    }
   }
 }
 
@@ -243,11 +251,14 @@ TEST_F(SessionOpencl, LimitsOfTheDeviceAreRestored) {
   }
 }
 
-TEST_F(SessionOpencl, GoesOnAfterACallThatTheDeviceRefused) {
+TEST_F(SessionOpencl, GoesOnAfterAFrameThatTheDeviceRefused) {
   Session session(options());
   session.add(viewOf(frameAt(20, 100)));
   EXPECT_EQ(session.add(viewOf(frameAt(120, 100))).verdict, Verdict::kJoined);
+  const cv::Mat before = session.mosaic().clone();
+  // At its first step, the replacement of zeros.
   layer::failCall("clEnqueueNDRangeKernel", 1, CL_OUT_OF_RESOURCES);
-  const FrameResult failed = session.add(viewOf(frameAt(220, 100)));
-  EXPECT_EQ(failed.verdict, Verdict::kRefused);
+  EXPECT_EQ(session.add(viewOf(frameAt(220, 100))).verdict, Verdict::kRefused);
+  EXPECT_EQ(cv::norm(session.mosaic(), before, cv::NORM_INF), 0);
+  EXPECT_EQ(session.add(viewOf(frameAt(200, 140))).placement, cv::Point(180, 40));
 }

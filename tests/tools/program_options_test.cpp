@@ -206,7 +206,7 @@ TEST(Program, HelpNamesEveryOption) {
   const ProgramRun result = framequiltRun({"stitch", "--help"});
   EXPECT_EQ(result.status, 0);
   for (const char* option : {"--output", "--every", "--hints", "--mode", "--static", "--dynamic",
-                             "--scale", "--corner-budget", "--max-rows", "--max-cols", "--crop",
+                             "--scale", "--backend", "--corner-budget", "--max-rows", "--max-cols", "--crop",
                              "--placements", "--report", "--outlines", "--quiet", "--verbose"}) {
     EXPECT_TRUE(contains(result.out, option)) << option;
   }
