@@ -94,7 +94,8 @@ cl_device_id firstDevice() {
 bool openDevice(const Options& options) {
   if (options.anyDevice) {
     device = firstDevice();
-    if (device != nullptr) context = clCreateContext(nullptr, 1, &device, nullptr, nullptr, nullptr);
+    if (device != nullptr)
+      context = clCreateContext(nullptr, 1, &device, nullptr, nullptr, nullptr);
   } else {
     context = CreateContext(&device);
   }
@@ -151,8 +152,8 @@ class Run {
  private:
   void call(Bytes* reference, Bytes* frame, int index) {
     const SPoint before = record_.position;
-    const int result = stitch_(reference, frame, index, 1, 0, 0, false, topLeft_, bottomRight_,
-                               mosaic_, record_);
+    const int result =
+        stitch_(reference, frame, index, 1, 0, 0, false, topLeft_, bottomRight_, mosaic_, record_);
     joined_ = result >= 0 && (record_.position.x != before.x || record_.position.y != before.y);
   }
 
@@ -188,8 +189,12 @@ void hostOverlap(Pair& pair, int channels) {
 /// The planes that the driver of a frame provides.
 void deviceOverlap(Pair& pair, int channels) {
   const std::size_t bytes = (pair.one.total() + 65536) * 2;
-  const auto planes = {&resiz_OneCL,      &resiz_TwoCL,           &resiz_OneBoundCL,
-                       &resiz_TwoBoundCL, &resiz_OneBoundFilterCL, &resiz_TwoBoundFilterCL};
+  const auto planes = {&resiz_OneCL,
+                       &resiz_TwoCL,
+                       &resiz_OneBoundCL,
+                       &resiz_TwoBoundCL,
+                       &resiz_OneBoundFilterCL,
+                       &resiz_TwoBoundFilterCL};
   for (Bytes** plane : planes) framequilt::ensure(*plane, bytes);
   float one = 0;
   float two = 0;
@@ -235,8 +240,7 @@ bool printTable(cv::Size size, int channels, const Options& options) {
   Pair pair(size, channels == 3);
   GStitchMode = 1;
   GstaticDynamicFlag = 0;
-  if (!openDevice(options) ||
-      !initJointCL(size.height, size.width, channels, 1, 20000, 20000) ||
+  if (!openDevice(options) || !initJointCL(size.height, size.width, channels, 1, 20000, 20000) ||
       !initJointCpu(size.height, size.width, channels, 1, 20000, 20000)) {
     std::fputs("opencl_stages: no device could be opened; see `framequilt info`, or --any-device\n",
                stderr);

@@ -3,7 +3,8 @@
 # something to report: an access outside a buffer, a value that was never written, a data race, a
 # wrong call.
 #
-#   cmake -DPROGRAM=TESTS -DRUNTIME=OCLGRIND_ICD -DLOG=FILE -P check_kernel_accesses.cmake
+#   cmake -DPROGRAM=TESTS -DRUNTIME=OCLGRIND_ICD -DLOG=FILE [-DLAYER=FILE] [-DCHECKS=LIST]
+#         -P check_kernel_accesses.cmake
 if(NOT EXISTS "${RUNTIME}")
   message(FATAL_ERROR "OpenCL tests need Oclgrind: run scripts/setup")
 endif()
@@ -11,7 +12,13 @@ endif()
 file(REMOVE ${LOG})
 set(ENV{OCL_ICD_VENDORS} ${RUNTIME})
 set(ENV{OCLGRIND_LOG} ${LOG})
-foreach(check CHECK_API DATA_RACES UNINITIALIZED)
+if(LAYER)
+  set(ENV{OPENCL_LAYERS} ${LAYER})
+endif()
+if(NOT CHECKS)
+  set(CHECKS CHECK_API DATA_RACES UNINITIALIZED)
+endif()
+foreach(check IN LISTS CHECKS)
   set(ENV{OCLGRIND_${check}} 1)
 endforeach()
 set(ENV{FRAMEQUILT_KERNELS_EMULATED} 1)
