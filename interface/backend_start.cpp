@@ -55,6 +55,12 @@ std::string refusedByGpu(const char* object) {
          kChooseHost;
 }
 
+/// The kernels and the driver do not go together.
+std::string refusedKernels(const std::string& what, const std::string& kernelFile) {
+  const char* const remedy = kernelFile.empty() ? "update its driver" : "name another kernel file";
+  return what + ": " + remedy + ", or " + kChooseHost;
+}
+
 /// Fills the globals of the device, so that the start of a run finds them and makes none itself.
 /// \return Empty, or what was in the way; the globals are as before then.
 std::string fillDevice(const std::string& kernelFile) {
@@ -73,8 +79,7 @@ std::string fillDevice(const std::string& kernelFile) {
     return refusedByGpu("command queue");
   }
   if (!ofProgram.fill([&] { return CreateProgram(context, device, file.c_str()); })) {
-    return "the kernels of '" + file + "' do not build on this GPU: name another kernel file, or " +
-           kChooseHost;
+    return refusedKernels("the kernels of '" + file + "' do not build on this GPU", kernelFile);
   }
   ofContext.keep();
   ofQueue.keep();
@@ -105,8 +110,8 @@ bool startOnHost(const SessionOptions& options) {
 }
 
 std::string refusedStart(const SessionOptions& options) {
-  return "the GPU refuses to start a run with '" + wantedKernelFile(options.kernelFile) +
-         "': name another kernel file, or " + kChooseHost;
+  const std::string file = wantedKernelFile(options.kernelFile);
+  return refusedKernels("the GPU refuses to start a run with '" + file + "'", options.kernelFile);
 }
 
 void requireStarted(bool started) {

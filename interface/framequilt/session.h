@@ -82,7 +82,7 @@ using ProgressCallback = std::function<bool(const Progress&)>;
 
 /// What does the work.
 enum class Backend {
-  kAuto,    ///< OpenCL where the machine (opencl_devices.h) and the options allow it, else the host.
+  kAuto,  ///< OpenCL where the machine (opencl_devices.h) and the options allow it, else the host.
   kOpencl,  ///< OpenCL or an error. At scale 1, and not for the overlap of a dynamic scene.
   kHost,    ///< The processor.
 };

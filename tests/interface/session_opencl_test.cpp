@@ -115,9 +115,9 @@ TEST_F(SessionOpencl, JoinsWhatTheHostJoins) {
     bool dynamicScene;
     bool joins;
   };
-  for (const Judging& judging : {Judging{Criterion::kMotion, false, true},
-                                 Judging{Criterion::kMotion, true, false},
-                                 Judging{Criterion::kOverlap, false, true}}) {
+  for (const Judging& judging :
+       {Judging{Criterion::kMotion, false, true}, Judging{Criterion::kMotion, true, false},
+        Judging{Criterion::kOverlap, false, true}}) {
     SessionOptions asked = options();
     asked.criterion = judging.criterion;
     asked.dynamicScene = judging.dynamicScene;

@@ -45,13 +45,14 @@ TEST_F(InfoText, NamesEveryDevice) {
   empty.name = "Empty";
   empty.devices.clear();
   layer::present({other, layer::FakePlatform(), empty});
-  EXPECT_EQ(openclText(),
-            "  opencl: used\n"
-            "    Other, Test GPU (GPU, 8192 MB, OpenCL 1.2 test): not used (its platform is neither "
-            "AMD's nor NVIDIA's)\n"
-            "    NVIDIA test platform, Test GPU (GPU, 8192 MB, OpenCL 1.2 test): used\n"
-            "    Empty: not used (it has no devices)\n" +
-                kernelLine());
+  EXPECT_EQ(
+      openclText(),
+      "  opencl: used\n"
+      "    Other, Test GPU (GPU, 8192 MB, OpenCL 1.2 test): not used (its platform is neither "
+      "AMD's nor NVIDIA's)\n"
+      "    NVIDIA test platform, Test GPU (GPU, 8192 MB, OpenCL 1.2 test): used\n"
+      "    Empty: not used (it has no devices)\n" +
+          kernelLine());
 }
 
 TEST_F(InfoText, HostIsAlwaysThere) {
