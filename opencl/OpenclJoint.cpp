@@ -184,7 +184,11 @@ cl_context CreateContext(cl_device_id* dev) {
 
 cl_command_queue CreateCommandQueue(cl_context ctx, cl_device_id dev) {
   const cl_command_queue queue = clCreateCommandQueue(ctx, dev, 0, nullptr);
-  if (queue == nullptr) reportUnended("Failed to create commandQueue for device 0");
+  if (queue == nullptr) {
+    reportUnended("Failed to create commandQueue for device 0");
+    return nullptr;
+  }
+  framequilt::noteCreated(queue);
   return queue;
 }
 
