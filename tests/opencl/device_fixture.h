@@ -47,6 +47,6 @@ inline std::string memoryName(const testing::TestParamInfo<Memory>& memory) {
   return nameOf(memory.param);
 }
 
-#define FRAMEQUILT_IN_EITHER_MEMORY(Suite)                                                \
-  INSTANTIATE_TEST_SUITE_P(Memory, Suite,                                                 \
-                           testing::Values(Memory::kUnified, Memory::kDiscrete), memoryName)
+#define FRAMEQUILT_IN_EITHER_MEMORY(Suite)                                                      \
+  INSTANTIATE_TEST_SUITE_P(Memory, Suite, testing::Values(Memory::kUnified, Memory::kDiscrete), \
+                           memoryName)
