@@ -107,7 +107,7 @@ T numberOf(cl_device_id dev, cl_device_info what) {
   return value;
 }
 
-/// Asked for as the runtime's own programs do, and not used.
+/// Read and not used.
 void readName(cl_device_id dev) {
   std::size_t size = 0;
   if (clGetDeviceInfo(dev, CL_DEVICE_NAME, 0, nullptr, &size) != CL_SUCCESS) return;

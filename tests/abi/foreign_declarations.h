@@ -4,10 +4,12 @@
 /// types. Linking proves that the names, the parameter lists and the storage are what they were.
 #pragma once
 
+#include <CL/cl.h>
 #include <pthread.h>
 
 #include <cstddef>
 #include <opencv2/core.hpp>
+#include <string>
 #include <vector>
 
 struct imgInfo {
@@ -155,3 +157,57 @@ extern Points HarrissCornerSPointOneArray, HarrissCornerSPointTwoArrayCL;
 extern stitchflags flagsCpu;
 extern imgInfo theSorImageInfoCpu, thedestImageInfoCpu;
 extern SPoint outbordLeftCpu, outbordRightCpu;
+
+// --- OpenCL backend ---
+
+std::string getPlatformName(cl_platform_id);
+char *ReadKernelSourceFileBin(const char *, std::size_t *);
+cl_context CreateContext(cl_device_id *);
+cl_command_queue CreateCommandQueue(cl_context, cl_device_id);
+cl_program CreateProgram(cl_context, cl_device_id, const char *);
+bool createKernel(cl_program);
+bool releaseKernel();
+bool CreateMemObjectsImg(cl_context, int, int, int);
+bool clReleaseMemObjectsImg();
+void Cleanup();
+bool initJointCL(int, int, int, int, int, int);
+bool uinitJointCL();
+int stichingImagedJointCL(Byte *, Byte *, int, int, int, int, bool, SPoint &, SPoint &, cv::Mat &,
+                          stitchflags &);
+bool stitchingImageOffsetCL(Byte *, Byte *, int, int, int, int, bool, imgInfo, imgInfo, SPoint &,
+                            SPoint &, cv::Mat &, stitchflags &);
+bool stitchingImageImageblendCL(cv::Mat, Byte *, imgInfo, stitchflags, SPoint, SPoint, SPoint,
+                                SPoint &, SPoint &, SPoint &, imgInfo &, cv::Mat &, Byte *);
+void *findHarrisCornerCoordianteThreadClOne(void *);
+void *findHarrisCornerCoordianteThreadClTwo(void *);
+bool findHarrisCornerCoordianteFunClOne(cl_mem, imgInfo, Points &);
+bool findHarrisCornerCoordianteFunClTwo(cl_mem, imgInfo, Points &);
+bool getRangeTh1(int, int, cl_mem, int, int, Points &);
+bool getRangeTh2(int, int, cl_mem, int, int, Points &);
+bool imageMosaicFunCL(Byte *, Byte *, imgInfo, int &, int &, int &);
+int imageMotionModelCL(Byte *, Byte *, int, int, int, int);
+bool calcOverLapImageBrightCL(Byte *, Byte *, int, int, int, int, int, float &, float &);
+bool calcOverLapImageDefinitionCL(Byte *, Byte *, int, int, int, int, int, float &, float &);
+bool weightofTwoAreaFunCL(Byte *, Byte *, int, int, int, int);
+bool twoImageFusionCL(Byte *, Byte *, int, int, int, int);
+
+extern cl_device_id device;
+extern cl_context context;
+extern cl_command_queue commandQueue;
+extern cl_program program;
+extern cl_kernel rgb2GaryUcharKernel, getWeightImageClKernel, rgb2GaryFloatKernel;
+extern cl_mem PreFrameImageGrayCL, grad_bound_tempOneCl, ImageReCL;
+extern int errNum, AMDidx, NVIDIAidx;
+extern int MAXROWCL, MAXCOLCL, scaleCL, pvalueCL, demesionCL, motionValueThCL0, filter2DKerSizeCL;
+extern float brightThCL0, defintThCL0, ImageOverlap_minCL, ImageOverlap_maxCL;
+extern int imgScaleRowCL, imgScaleColCL, numpointCL, num5000CL;
+extern volatile Byte startOneThFlagCL, startTwoThFlagCL, threadOneCalcFlagCL, threadTwoCalcFlagCL;
+extern volatile Byte one_pidCLFlag, two_pidCLFlag, clMotorflage;
+extern pthread_t one_pidCL, two_pidCL;
+extern Byte *theSorImageTempCL, *thedestImage_preCL, *theSorImageHostMap, *thedestImageHostMap;
+extern Byte *OverLapImageOneGrayCL, *OverlapImageOneCL;
+extern float *CoonervalueOneCL, *dist_valueCL;
+extern unsigned short *DescribleSymbolOneCL, *FeatureDescriberTwoCL;
+extern stitchflags flagsCL;
+extern imgInfo theSorImageInfoCL, thedestImageInfoCL, InfoThCL;
+extern SPoint outbordLeftCL, outbordRightCL;

@@ -336,6 +336,83 @@ TEST(ForeignDeclarations, WeightAndFusion) {
   EXPECT_EQ(one, Bytes(9, 254));
 }
 
+// --- OpenCL backend, on a machine without a platform ---
+
+TEST(ForeignDeclarations, OpenclStartNeedsADevice) {
+  cl_device_id found = nullptr;
+  EXPECT_EQ(CreateContext(&found), nullptr);
+  EXPECT_FALSE(initJointCL(48, 64, 3, 1, 9000, 40000));
+  EXPECT_EQ(startOneThFlagCL + startTwoThFlagCL, 2);
+  EXPECT_EQ(one_pidCLFlag + two_pidCLFlag, 0);
+  EXPECT_EQ(MAXROWCL, 30000);
+  EXPECT_EQ(device, nullptr);
+  EXPECT_EQ(context, nullptr);
+  EXPECT_TRUE(uinitJointCL());
+  EXPECT_EQ(startOneThFlagCL + threadOneCalcFlagCL + threadTwoCalcFlagCL, 0);
+}
+
+TEST(ForeignDeclarations, OpenclObjectsAreNull) {
+  EXPECT_TRUE(releaseKernel());
+  EXPECT_TRUE(clReleaseMemObjectsImg());
+  Cleanup();
+  EXPECT_EQ(commandQueue, nullptr);
+  EXPECT_EQ(program, nullptr);
+  EXPECT_EQ(rgb2GaryUcharKernel, nullptr);
+  EXPECT_EQ(getWeightImageClKernel, nullptr);
+  EXPECT_EQ(rgb2GaryFloatKernel, nullptr);
+  EXPECT_EQ(PreFrameImageGrayCL, nullptr);
+  EXPECT_EQ(grad_bound_tempOneCl, nullptr);
+  EXPECT_EQ(ImageReCL, nullptr);
+}
+
+TEST(ForeignDeclarations, OpenclTuningStandsAtItsDefaults) {
+  EXPECT_EQ(MAXCOLCL, 30000);
+  EXPECT_EQ(scaleCL + pvalueCL, 2);
+  EXPECT_EQ(demesionCL, 200);
+  EXPECT_EQ(motionValueThCL0, 5);
+  EXPECT_EQ(filter2DKerSizeCL, 5);
+  EXPECT_EQ(brightThCL0, 40.0F);
+  EXPECT_EQ(defintThCL0, 30.0F);
+  EXPECT_EQ(ImageOverlap_minCL + ImageOverlap_maxCL, 1.0F);
+  EXPECT_EQ(AMDidx + NVIDIAidx, -2);
+}
+
+TEST(ForeignDeclarations, OpenclStepsRefuseNull) {
+  const imgInfo info = {0, 1, 4, 4};
+  SPoint a{}, b{}, c{};
+  cv::Mat mosaic;
+  stitchflags flags{};
+  imgInfo work{};
+  int dx = 0, dy = 0, count = 0;
+  float one = 0, two = 0;
+  EXPECT_EQ(stichingImagedJointCL(nullptr, nullptr, 0, 1, 0, 0, false, a, b, mosaic, flags), -1);
+  EXPECT_FALSE(
+      stitchingImageOffsetCL(nullptr, nullptr, 0, 1, 0, 0, false, info, info, a, b, mosaic, flags));
+  EXPECT_FALSE(stitchingImageImageblendCL(mosaic, nullptr, info, flags, a, b, c, a, b, c, work,
+                                          mosaic, nullptr));
+  EXPECT_FALSE(imageMosaicFunCL(nullptr, nullptr, info, dx, dy, count));
+  EXPECT_EQ(imageMotionModelCL(nullptr, nullptr, 4, 4, 1, 1), 0);
+  EXPECT_FALSE(calcOverLapImageBrightCL(nullptr, nullptr, 4, 4, 4, 4, 1, one, two));
+  EXPECT_FALSE(calcOverLapImageDefinitionCL(nullptr, nullptr, 4, 4, 4, 4, 1, one, two));
+  EXPECT_FALSE(weightofTwoAreaFunCL(nullptr, nullptr, 4, 4, 1, 0));
+  EXPECT_FALSE(twoImageFusionCL(nullptr, nullptr, 1, 0, 4, 4));
+}
+
+TEST(ForeignDeclarations, OpenclCornersNeedADevice) {
+  Points corners;
+  EXPECT_FALSE(findHarrisCornerCoordianteFunClOne(nullptr, {0, 1, 4, 4}, corners));
+  EXPECT_FALSE(findHarrisCornerCoordianteFunClTwo(nullptr, {0, 1, 4, 4}, corners));
+  EXPECT_FALSE(getRangeTh1(1, 1, nullptr, 4, 4, corners));
+  EXPECT_FALSE(getRangeTh2(1, 1, nullptr, 4, 4, corners));
+  EXPECT_TRUE(corners.empty());
+}
+
+TEST(ForeignDeclarations, KernelFilesAreRead) {
+  std::size_t untouched = 7;
+  EXPECT_EQ(ReadKernelSourceFileBin("/no/such/file", &untouched), nullptr);
+  EXPECT_EQ(untouched, 7U);
+}
+
 // --- Texts ---
 
 TEST(ForeignDeclarations, LinesCanBeSentElsewhere) {

@@ -4,6 +4,8 @@
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
+#include <memory>
+#include <utility>
 
 namespace {
 
@@ -15,19 +17,38 @@ constexpr unsigned char kUntouched = 171;
 
 std::size_t roundedUp(int side) { return static_cast<std::size_t>(side) / kSide * kSide + kSide; }
 
+std::unique_ptr<Device> device;
+std::unique_ptr<KernelProgram> program;
+
+/// Buffers of the emulator. It forgets the length of one that takes the place of another, and
+/// would report what was written there as unwritten: none is released before the end.
+std::vector<OwnedHandle<cl_mem, clReleaseMemObject>> retired;
+
+/// Releases them before the process ends: a platform may have gone when statics are destroyed.
+class ReleaseAtEnd : public testing::Environment {
+ public:
+  void TearDown() override {
+    retired.clear();
+    program.reset();
+    device.reset();
+  }
+};
+[[maybe_unused]] const auto* const releaseAtEnd =
+    testing::AddGlobalTestEnvironment(new ReleaseAtEnd);  // NOLINT: it becomes the owner
+
 }  // namespace
 
-void requireSuccess(cl_int status, const char* call) {
+void requireSuccess(cl_int status, const std::string& call) {
   if (status != CL_SUCCESS) {
-    throw std::runtime_error(std::string(call) + " gave " + std::to_string(status));
+    throw std::runtime_error(call + " gave " + std::to_string(status));
   }
 }
 
 bool isEmulated() { return std::getenv("FRAMEQUILT_KERNELS_EMULATED") != nullptr; }
 
 const Device& Device::get() {
-  static const Device device;
-  return device;
+  if (device == nullptr) device.reset(new Device);
+  return *device;
 }
 
 Device::Device() {
@@ -46,27 +67,31 @@ Device::Device() {
 
 DeviceMemory::DeviceMemory(const void* contents, std::size_t bytes)
     : bytes_(bytes), margin_(isEmulated() ? 0 : kMargin) {
-  const Device& device = Device::get();
+  const Device& used = Device::get();
   cl_int status = CL_SUCCESS;
   const std::size_t all = bytes_ + 2 * margin_;
-  whole_.reset(clCreateBuffer(device.context(), CL_MEM_READ_WRITE, all, nullptr, &status));
+  whole_.reset(clCreateBuffer(used.context(), CL_MEM_READ_WRITE, all, nullptr, &status));
   requireSuccess(status, "clCreateBuffer");
 
   if (margin_ > 0) {
     std::vector<unsigned char> initial(all, kUntouched);
     if (contents != nullptr) std::memcpy(initial.data() + margin_, contents, bytes_);
-    requireSuccess(clEnqueueWriteBuffer(device.queue(), whole_.get(), CL_TRUE, 0, all,
-                                        initial.data(), 0, nullptr, nullptr),
+    requireSuccess(clEnqueueWriteBuffer(used.queue(), whole_.get(), CL_TRUE, 0, all, initial.data(),
+                                        0, nullptr, nullptr),
                    "clEnqueueWriteBuffer");
     const cl_buffer_region region = {margin_, bytes_};
     inner_.reset(clCreateSubBuffer(whole_.get(), CL_MEM_READ_WRITE, CL_BUFFER_CREATE_TYPE_REGION,
                                    &region, &status));
     requireSuccess(status, "clCreateSubBuffer");
   } else if (contents != nullptr) {
-    requireSuccess(clEnqueueWriteBuffer(device.queue(), whole_.get(), CL_TRUE, 0, bytes_, contents,
-                                        0, nullptr, nullptr),
+    requireSuccess(clEnqueueWriteBuffer(used.queue(), whole_.get(), CL_TRUE, 0, bytes_, contents, 0,
+                                        nullptr, nullptr),
                    "clEnqueueWriteBuffer");
   }
+}
+
+DeviceMemory::~DeviceMemory() {
+  if (isEmulated()) retired.push_back(std::move(whole_));
 }
 
 void DeviceMemory::read(void* contents) const {
@@ -94,18 +119,18 @@ std::string kernelSource() {
 }
 
 KernelProgram::KernelProgram(const std::string& source) {
-  const Device& device = Device::get();
+  const Device& used = Device::get();
   const char* text = source.c_str();
   cl_int status = CL_SUCCESS;
-  program_.reset(clCreateProgramWithSource(device.context(), 1, &text, nullptr, &status));
+  program_.reset(clCreateProgramWithSource(used.context(), 1, &text, nullptr, &status));
   requireSuccess(status, "clCreateProgramWithSource");
   requireSuccess(clBuildProgram(program_.get(), 0, nullptr, nullptr, nullptr, nullptr),
                  "clBuildProgram");
 }
 
 const KernelProgram& KernelProgram::get() {
-  static const KernelProgram program(kernelSource());
-  return program;
+  if (program == nullptr) program = std::make_unique<KernelProgram>(kernelSource());
+  return *program;
 }
 
 void KernelProgram::launch(cl_kernel kernel, const Grid& grid) {

@@ -26,7 +26,7 @@ struct ReleaseHandle {
 template <class Handle, cl_int(CL_API_CALL* release)(Handle)>
 using OwnedHandle = std::unique_ptr<std::remove_pointer_t<Handle>, ReleaseHandle<Handle, release>>;
 
-void requireSuccess(cl_int status, const char* call);
+void requireSuccess(cl_int status, const std::string& call);
 
 /// Whether the tests run on an emulator that watches every access. Inputs are few and small then,
 /// and a buffer is exactly as long as its contents.
@@ -54,6 +54,9 @@ class DeviceMemory {
  public:
   /// Starts as `contents`; where that is null, unwritten.
   DeviceMemory(const void* contents, std::size_t bytes);
+  ~DeviceMemory();
+  DeviceMemory(const DeviceMemory&) = delete;
+  DeviceMemory& operator=(const DeviceMemory&) = delete;
 
   cl_mem handle() const { return inner_ != nullptr ? inner_.get() : whole_.get(); }
 
@@ -115,10 +118,10 @@ class KernelProgram {
 
   /// Runs a kernel to its end. Arguments are ints and device buffers.
   template <class... Arguments>
-  void run(const char* name, const Grid& grid, const Arguments&... arguments) const {
+  void run(const std::string& name, const Grid& grid, const Arguments&... arguments) const {
     cl_int status = CL_SUCCESS;
     const OwnedHandle<cl_kernel, clReleaseKernel> kernel(
-        clCreateKernel(program_.get(), name, &status));
+        clCreateKernel(program_.get(), name.c_str(), &status));
     requireSuccess(status, name);
     cl_uint index = 0;
     (setArgument(kernel.get(), index++, arguments), ...);
@@ -141,7 +144,7 @@ class KernelProgram {
 
 /// Runs a kernel of the program as it is.
 template <class... Arguments>
-void runKernel(const char* name, const Grid& grid, const Arguments&... arguments) {
+void runKernel(const std::string& name, const Grid& grid, const Arguments&... arguments) {
   KernelProgram::get().run(name, grid, arguments...);
 }
 

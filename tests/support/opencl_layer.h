@@ -44,14 +44,14 @@ struct FakeDevice {
   cl_uint clockMHz = 1500;
   cl_uint cacheLineBytes = 128;
   cl_uint preferredFloatWidth = 1;
-  std::map<cl_device_info, cl_int> failingInfos;  ///< Query to what it returns.
+  std::map<cl_device_info, cl_int> failingInfos{};  ///< Query to what it returns.
 };
 
 struct FakePlatform {
   std::string name = "NVIDIA test platform";
   std::vector<FakeDevice> devices = {FakeDevice{}};
-  std::optional<cl_int> infoError;     ///< Of every query of the platform.
-  std::optional<cl_int> devicesError;  ///< Of every request for its devices.
+  std::optional<cl_int> infoError{};     ///< Of every query of the platform.
+  std::optional<cl_int> devicesError{};  ///< Of every request for its devices.
 };
 
 /// From now on these are the platforms, in this order. None: as on a machine without any runtime.
