@@ -191,8 +191,7 @@ TEST_F(KernelProgram, QueueIsInOrder) {
 
 TEST_F(KernelProgram, QueueThatCannotBeCreated) {
   layer::failCall("clCreateCommandQueue", 1, CL_OUT_OF_RESOURCES);
-  EXPECT_EQ(standardOutputOf(
-                [this] { EXPECT_EQ(CreateCommandQueue(context_, device_), nullptr); }),
+  EXPECT_EQ(standardOutputOf([this] { EXPECT_EQ(CreateCommandQueue(context_, device_), nullptr); }),
             "Failed to create commandQueue for device 0");
 }
 

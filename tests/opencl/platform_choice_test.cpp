@@ -73,8 +73,7 @@ class PlatformChoice : public DeviceFixture {
 
   static std::string nameOfDevice(cl_device_id device) {
     std::array<char, 64> name{};
-    EXPECT_EQ(clGetDeviceInfo(device, CL_DEVICE_NAME, name.size(), name.data(), nullptr),
-              CL_SUCCESS);
+    clGetDeviceInfo(device, CL_DEVICE_NAME, name.size(), name.data(), nullptr);
     return name.data();
   }
 
@@ -92,10 +91,10 @@ TEST_F(PlatformChoice, NoPlatformNoContext) {
 }
 
 TEST_F(PlatformChoice, PlatformsOfOtherNamesAreNotLookedAt) {
-  EXPECT_EQ(choose({platform("Intel(R) OpenCL"), platform("amd"), platform("Nvidia"),
-                    platform("nVIDIA"), platform(" AMD"), platform("AM"), platform("NV"),
-                    platform("")}),
-            "");
+  EXPECT_EQ(
+      choose({platform("Intel(R) OpenCL"), platform("amd"), platform("Nvidia"), platform("nVIDIA"),
+              platform(" AMD"), platform("AM"), platform("NV"), platform("")}),
+      "");
   EXPECT_EQ(messages_, Messages{});
   EXPECT_EQ(AMDidx, -1);
   EXPECT_EQ(NVIDIAidx, -1);
@@ -193,10 +192,9 @@ TEST_F(PlatformChoice, DeviceIsDescribed) {
                                          .clockMHz = 1980,
                                          .cacheLineBytes = 64}})}),
             "x");
-  EXPECT_EQ(messages_,
-            (Messages{"Compute Units Number:132", "Device Frequency:1980(MHz)",
-                      "Device Frequency:81559(MB)", "Device Frequency:64(Byte)",
-                      "Device DeviceVersion:OpenCL 3.0 CUDA"}));
+  EXPECT_EQ(messages_, (Messages{"Compute Units Number:132", "Device Frequency:1980(MHz)",
+                                 "Device Frequency:81559(MB)", "Device Frequency:64(Byte)",
+                                 "Device DeviceVersion:OpenCL 3.0 CUDA"}));
 }
 
 TEST_F(PlatformChoice, MegabytesAreRounded) {

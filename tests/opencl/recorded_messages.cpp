@@ -57,3 +57,5 @@ Messages RecordedMessages::take() {
   const std::lock_guard lock(record.mutex);
   return std::exchange(record.messages, {});
 }
+
+void RecordedMessages::letThrough() { framequilt::setReportSink(nullptr, nullptr); }

@@ -21,4 +21,7 @@ class RecordedMessages {
 
   /// Those since the last call.
   Messages take();
+
+  /// From now on texts go to standard output again; debug texts are still collected.
+  void letThrough();
 };
