@@ -68,7 +68,7 @@ std::vector<cl_platform_id> platforms() {
   cl_uint count = 0;
   clGetPlatformIDs(0, nullptr, &count);
   std::vector<cl_platform_id> ids(count);
-  if (count > 0) clGetPlatformIDs(count, ids.data(), nullptr);
+  if (count > 0 && clGetPlatformIDs(count, ids.data(), nullptr) != CL_SUCCESS) return {};
   return ids;
 }
 
