@@ -12,6 +12,7 @@
 #pragma once
 
 #include <CL/cl.h>
+#include <pthread.h>
 
 #include <chrono>
 #include <cstddef>
@@ -63,14 +64,19 @@ FRAMEQUILT_OPENCL_LAYER_API void presentDefault();
 // --- Calls and faults ---
 
 /// The `nth` call of `entryPoint` from now (1: the next one) answers `code` once. It is not passed
-/// to the runtime; creators return null. But a release does release, so that nothing leaks there.
+/// to the runtime; creators return null. But a release does release, so that nothing leaks there,
+/// and a finish does wait, so that nothing works on in memory that the program then frees.
 /// Faults add up; those of one entry point each have their own count.
 FRAMEQUILT_OPENCL_LAYER_API void failCall(std::string_view entryPoint, int nth, cl_int code);
 /// The same, counted over the calls of all entry points.
 FRAMEQUILT_OPENCL_LAYER_API void failCall(int nthOfAll, cl_int code);
+/// The same, counted over the calls of one thread.
+FRAMEQUILT_OPENCL_LAYER_API void failCallOf(pthread_t thread, int nth, cl_int code);
 /// As a device that is lost: from the `nth` call of all from now on, every call answers `code`.
 FRAMEQUILT_OPENCL_LAYER_API void failEveryCallFrom(int nthOfAll, cl_int code);
 FRAMEQUILT_OPENCL_LAYER_API void clearFaults();
+/// Faults that no call has met yet.
+FRAMEQUILT_OPENCL_LAYER_API int faultsWaiting();
 
 /// Names of the entry points that were called since resetRecords(), in order; failed ones as well.
 FRAMEQUILT_OPENCL_LAYER_API std::vector<std::string> callLog();
