@@ -181,7 +181,7 @@ TEST_F(KernelProgram, QueueIsInOrder) {
     clGetCommandQueueInfo(queue, CL_QUEUE_PROPERTIES, sizeof(properties), &properties, nullptr);
     EXPECT_EQ(properties, 0U);
     cl_device_id inside = nullptr;
-    clGetCommandQueueInfo(queue, CL_QUEUE_DEVICE, sizeof(inside), static_cast<void*>(&inside),
+    clGetCommandQueueInfo(queue, CL_QUEUE_DEVICE, sizeof(void*), static_cast<void*>(&inside),
                           nullptr);
     EXPECT_EQ(inside, device_);
     clReleaseCommandQueue(queue);
