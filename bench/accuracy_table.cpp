@@ -82,6 +82,7 @@ Run stitchCapture(const SimulatedCapture& capture, const Wishes& wishes) {
   options.channels = first.channels();
   options.cornerBudget = wishes.cornerBudget;
   options.scale = wishes.scale;
+  options.backend = framequilt::Backend::kHost;  // The same table on every machine.
   framequilt::Session session(options);
 
   std::vector<EvaluatedFrame> frames;

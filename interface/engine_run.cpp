@@ -1,19 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interface/engine_run.h"
 
-#include "cpu/call_record.h"
 #include "framequilt/framequilt.h"
-#include "framequilt/tuning.h"
 #include "interface/session_options.h"
 
 namespace framequilt {
 namespace {
-
-bool start(const SessionOptions& options) {
-  return initJoint(options.rows, options.cols, options.channels, options.cornerBudget,
-                   options.maxRows, options.maxCols,
-                   options.criterion == Criterion::kMotion ? 1 : 0, options.dynamicScene ? 1 : 0);
-}
 
 /// In working pixels. The engine's strips invert the vertical sense where the view moves left.
 cv::Point forEngine(cv::Point hint, int scale) {
@@ -23,27 +15,10 @@ cv::Point forEngine(cv::Point hint, int scale) {
 
 }  // namespace
 
-EngineRun::EngineRun(const SessionOptions& options) : options_(options), formerScale_(::scale) {
-  ::scale = options.scale;
-  bool started = false;
-  try {
-    started = start(options);
-  } catch (...) {
-    uinitJoint();
-    ::scale = formerScale_;
-    throw;
-  }
-  if (started) return;
-  uinitJoint();
-  ::scale = formerScale_;
-  throw Error(ErrorCode::kStartFailed,
-              "the worker threads could not be started: close other programs and try again");
-}
-
-EngineRun::~EngineRun() {
-  uinitJoint();
-  ::scale = formerScale_;
-}
+EngineRun::EngineRun(const SessionOptions& options)
+    : options_(options),
+      engine_(options),
+      access_(engine_.usesOpencl() ? openclAccess() : hostAccess()) {}
 
 EngineCall EngineRun::begin(cv::Mat& reference, cv::Mat& frame, std::optional<cv::Point> hint) {
   const cv::Point middle = firstPosition();
@@ -59,27 +34,29 @@ EngineCall EngineRun::call(unsigned char* reference, cv::Mat& frame,
                            std::optional<cv::Point> hint) {
   const cv::Point previous = position();
   const cv::Point displacement = forEngine(hint.value_or(cv::Point()), options_.scale);
-  forgetMeasures();
+  access_.forgetMeasures();
   EngineCall call;
   try {
     call.result = stichingImagedJoint(reference, frame.data, reference != nullptr ? 0 : 1,
                                       options_.scale, displacement.x, displacement.y,
                                       hint.has_value(), topLeft_, bottomRight_, matrix_, record_);
   } catch (...) {
-    // The overlap measures and the blend work in the memory of the reference.
-    restoreReference();
+    // The overlap measures of the host and every blend work in the memory of the reference.
+    access_.restoreReference();
     throw;
   }
   call.record = record_;
-  call.motion = motionOfCall();
+  call.motion = access_.motionOfCall();
+  call.limits = access_.limits();
   // Of all the fields, the position alone changes with every blended frame and with no other.
   call.blended = call.result >= 0 && position() != previous;
   if (call.blended) {
     call.growth = position() - previous - cv::Point(record_.offsetX, record_.offsetY);
   }
-  const bool overwritten =
-      options_.criterion == Criterion::kOverlap && call.result >= 0 && record_.stitch_flags != 1;
-  if (overwritten) restoreReference();
+  const bool refused = call.result >= 0 && record_.stitch_flags != 1;
+  if (refused && options_.criterion == Criterion::kOverlap && access_.refusalTakesReference) {
+    access_.restoreReference();
+  }
   return call;
 }
 

@@ -3,9 +3,12 @@
 
 #include <opencv2/core/mat.hpp>
 #include <optional>
+#include <string_view>
 
 #include "framequilt/records.h"
 #include "framequilt/session.h"
+#include "interface/backend_access.h"
+#include "interface/backend_start.h"
 
 namespace framequilt {
 
@@ -16,19 +19,20 @@ struct EngineCall {
   stitchflags record{};
   std::optional<int> motion;
   cv::Point growth;  ///< By how much the mosaic grew at its left and top.
+  Limits limits;     ///< Of the backend that served it.
 };
 
-/// One run of the engine, between `initJoint` and `uinitJoint`, told what to do call by call.
+/// One run of the engine, told what to do call by call.
 class EngineRun {
  public:
   /// Starts the run. \throws Error, std::bad_alloc.
   explicit EngineRun(const SessionOptions& options);
-  ~EngineRun();
-  EngineRun(const EngineRun&) = delete;
-  EngineRun& operator=(const EngineRun&) = delete;
+
+  /// "opencl" or "host".
+  std::string_view backend() const { return engine_.usesOpencl() ? "opencl" : "host"; }
 
   /// Begins the mosaic (anew) with `reference` and offers `frame`. Both are packed and of the run's
-  /// shape; with the overlap criterion both are overwritten. `hint` in frame pixels.
+  /// shape; with the overlap criterion the host overwrites both. `hint` in frame pixels.
   /// \throws std::bad_alloc, cv::Exception
   EngineCall begin(cv::Mat& reference, cv::Mat& frame, std::optional<cv::Point> hint);
   /// Offers `frame` beside the reference that the run keeps.
@@ -47,7 +51,8 @@ class EngineRun {
   EngineCall call(unsigned char* reference, cv::Mat& frame, std::optional<cv::Point> hint);
 
   SessionOptions options_;
-  int formerScale_;
+  StartedEngine engine_;
+  const BackendAccess& access_;
   SPoint topLeft_{};
   SPoint bottomRight_{};
   cv::Mat matrix_;

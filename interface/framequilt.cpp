@@ -4,10 +4,10 @@
 #include "cpu/frame_driver.h"
 #include "cpu/stitching_run.h"
 #include "interface/debug.h"
+#include "interface/run_modes.h"
 #include "opencl/OpenclJointFrame.h"
 #include "opencl/OpenclJointRun.h"
 
-int GStitchMode = 0, GstaticDynamicFlag = 0;
 bool openclDeviceFlag = false;
 bool cudaDeviceFlag = false;
 
@@ -15,12 +15,7 @@ using framequilt::debug;
 
 bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, int maxCol,
                int stitchMode, int staticDynamicFlag) {
-  GStitchMode = stitchMode;
-  GstaticDynamicFlag = staticDynamicFlag;
-  if (GStitchMode == 0) {
-    debug("0 == GStitchMainMode");
-    if (GstaticDynamicFlag == 0) debug("0 == GstaticMainDynamicFlag");
-  }
+  framequilt::setRunModes(stitchMode, staticDynamicFlag);
   openclDeviceFlag = initJointCL(rows, cols, channels, cornerBudget, maxRow, maxCol);
   if (openclDeviceFlag) return true;
   framequilt::cleanUpFailedStartCL();

@@ -5,8 +5,6 @@
 #include <cmath>
 #include <cstdlib>
 
-#include "framequilt/tuning.h"
-
 namespace framequilt {
 namespace {
 
@@ -28,12 +26,12 @@ Shift largerShift(const stitchflags& record, const SessionOptions& options) {
                        : Shift{down, options.rows / options.scale};
 }
 
-Measure percentMoved(const Shift& shift) {
-  return {100.0 * shift.distance / shift.side, 100.0 * (1.0F - ImageOverlap_maxCpu)};
+Measure percentMoved(const Shift& shift, const Limits& limits) {
+  return {100.0 * shift.distance / shift.side, 100.0 * (1.0F - limits.mostOverlap)};
 }
 
-Measure percentOverlap(const Shift& shift) {
-  return {100.0 * (shift.side - shift.distance) / shift.side, 100.0 * ImageOverlap_minCpu};
+Measure percentOverlap(const Shift& shift, const Limits& limits) {
+  return {100.0 * (shift.side - shift.distance) / shift.side, 100.0 * limits.leastOverlap};
 }
 
 Measure difference(float one, float two, float limit) { return {std::fabs(one - two), limit}; }
@@ -45,13 +43,14 @@ Measures measuresOf(const EngineCall& call, const SessionOptions& options) {
   if (call.result < 0) return measures;
   measures.offset = cv::Point(record.offsetX, record.offsetY) * options.scale;
   const Shift shift = largerShift(record, options);
-  measures.moved = percentMoved(shift);
-  measures.overlap = percentOverlap(shift);
+  measures.moved = percentMoved(shift, call.limits);
+  measures.overlap = percentOverlap(shift, call.limits);
   if (options.criterion == Criterion::kOverlap) {
-    measures.brightness = difference(record.brightOne, record.brightTwo, brightThCpu);
-    measures.sharpness = difference(record.definitionOne, record.definitionTwo, defintThCpu);
+    measures.brightness = difference(record.brightOne, record.brightTwo, call.limits.brightness);
+    measures.sharpness =
+        difference(record.definitionOne, record.definitionTwo, call.limits.sharpness);
   } else if (call.motion) {
-    measures.change = {static_cast<double>(*call.motion), static_cast<double>(motionValueThCpu)};
+    measures.change = {static_cast<double>(*call.motion), static_cast<double>(call.limits.change)};
   }
   return measures;
 }
@@ -68,7 +67,7 @@ Refusal reasonOf(const EngineCall& call, const Measures& measures, const Session
     return bright ? Refusal::kSharpness : Refusal::kBrightness;
   }
   const Shift shift = largerShift(call.record, options);
-  const float tooFar = (1.0F - ImageOverlap_minCpu) * static_cast<float>(shift.side);
+  const float tooFar = (1.0F - call.limits.leastOverlap) * static_cast<float>(shift.side);
   return static_cast<float>(shift.distance) < tooFar ? Refusal::kMovedTooLittle
                                                      : Refusal::kMovedTooFar;
 }

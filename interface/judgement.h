@@ -12,7 +12,7 @@ struct Judgement {
   Measure judged;
 };
 
-/// Looks at nothing but the call, the options of the run and the limits in force.
+/// Looks at nothing but the call and the options of the run.
 Judgement judge(const EngineCall& call, const SessionOptions& options);
 
 }  // namespace framequilt

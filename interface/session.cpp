@@ -69,7 +69,8 @@ class Session::Impl {
       : options_(checked(options)),
         one_(std::make_unique<OneAtATime>()),
         run_(withClearErrors("use scale 2 or smaller frames",
-                             [&] { return std::make_unique<EngineRun>(options_); })) {}
+                             [&] { return std::make_unique<EngineRun>(options_); })),
+        backend_(run_->backend()) {}
 
   FrameResult add(const FrameView& frame, std::optional<cv::Point> hint);
   void stop() noexcept {
@@ -80,6 +81,7 @@ class Session::Impl {
   const SessionOptions& options() const { return options_; }
   const PublishedMosaic& mosaic() const { return mosaic_; }
   std::int64_t firstFrame() const { return firstFrame_; }
+  std::string_view backend() const { return backend_; }
   int mosaicType() const { return options_.channels == 1 ? CV_8UC1 : CV_8UC3; }
 
  private:
@@ -99,6 +101,7 @@ class Session::Impl {
   SessionOptions options_;
   std::unique_ptr<OneAtATime> one_;
   std::unique_ptr<EngineRun> run_;
+  std::string_view backend_;
   PublishedMosaic mosaic_;
 
   std::int64_t frames_ = 0;
@@ -211,7 +214,7 @@ EngineCall Session::Impl::search(cv::Mat& frame, std::optional<cv::Point> moveme
 /// mosaic is begun anew.
 EngineCall Session::Impl::stitch(cv::Mat& frame, std::optional<cv::Point> movement) {
   if (keepsReference_) return run_->next(frame, movement);
-  // The overlap criterion overwrites it.
+  // The overlap criterion of the host overwrites it.
   cv::Mat reference = options_.criterion == Criterion::kOverlap ? first_.clone() : first_;
   EngineCall call = run_->begin(reference, frame, movement);
   if (call.result >= 0 && call.record.stitch_flags == 1) {
@@ -295,6 +298,6 @@ cv::Mat Session::copyRegion(const cv::Rect& region) const {
 void Session::stop() noexcept { impl_->stop(); }
 int Session::scale() const { return impl_->options().scale; }
 std::int64_t Session::firstFrame() const { return impl_->firstFrame(); }
-std::string_view Session::backend() const { return "host"; }
+std::string_view Session::backend() const { return impl_->backend(); }
 
 }  // namespace framequilt

@@ -29,6 +29,20 @@ void requireFits(const SessionOptions& options) {
 
 }  // namespace
 
+std::string missingInOpencl(const SessionOptions& options) {
+  if (options.scale != 1) {
+    const bool fitsWhole = std::max(options.rows, options.cols) <= kNewMosaicSide;
+    return "OpenCL works at scale 1, not " + std::to_string(options.scale) +
+           (fitsWhole ? ": use scale 1 or another backend"
+                      : ", which frames of this size need: use another backend");
+  }
+  if (options.criterion == Criterion::kOverlap && options.dynamicScene) {
+    return "OpenCL has no narrow limits for the overlap of a dynamic scene: use the motion "
+           "criterion or another backend";
+  }
+  return {};
+}
+
 SessionOptions checked(const SessionOptions& options) {
   require(options.rows > 0 && options.cols > 0,
           "rows and cols have to be the size of the frames, not " + std::to_string(options.rows) +
@@ -53,6 +67,8 @@ SessionOptions checked(const SessionOptions& options) {
     decided.scale = std::max(options.rows, options.cols) <= kNewMosaicSide ? 1 : 2;
   }
   requireFits(decided);
+  const std::string missing = missingInOpencl(decided);
+  require(options.backend != Backend::kOpencl || missing.empty(), missing);
   return decided;
 }
 

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "opencl/OpenclJoint.h"
 
-#include <algorithm>
 #include <array>
 #include <cstdio>
 #include <cstdlib>
@@ -12,6 +11,7 @@
 
 #include "framequilt/tuning.h"
 #include "interface/report.h"
+#include "opencl/OpenclJointDevices.h"
 #include "opencl/OpenclJointReleased.h"
 #include "opencl/OpenclJointState.h"
 
@@ -20,8 +20,6 @@ namespace {
 using framequilt::report;
 using framequilt::reportUnended;
 
-/// Smaller devices cannot hold the planes of large frames beside a desktop.
-constexpr float kLeastMegabytes = 4096.0F;
 constexpr std::size_t kVersionCapacity = 100;
 constexpr std::size_t kBuildLogCapacity = 163840;
 
@@ -64,42 +62,6 @@ KernelSource readKernelSource(const char* path) {
   return source;
 }
 
-std::vector<cl_platform_id> platforms() {
-  cl_uint count = 0;
-  clGetPlatformIDs(0, nullptr, &count);
-  std::vector<cl_platform_id> ids(count);
-  if (count > 0) clGetPlatformIDs(count, ids.data(), nullptr);
-  return ids;
-}
-
-/// The last platform of either vendor.
-void findVendors(const std::vector<cl_platform_id>& ids) {
-  AMDidx = -1;
-  NVIDIAidx = -1;
-  for (std::size_t i = 0; i < ids.size(); ++i) {
-    const std::string name = getPlatformName(ids[i]);
-    if (name.compare(0, 3, "AMD") == 0) AMDidx = static_cast<int>(i);
-    if (name.compare(0, 3, "NVI") == 0) NVIDIAidx = static_cast<int>(i);
-  }
-}
-
-/// The first GPU of a platform.
-cl_int firstGpu(cl_platform_id platform, cl_device_id* dev) {
-  cl_uint count = 0;
-  clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, 0, nullptr, &count);
-  return clGetDeviceIDs(platform, CL_DEVICE_TYPE_GPU, std::min(count, 1U), dev, nullptr);
-}
-
-/// AMD before NVIDIA.
-bool chooseDevice(const std::vector<cl_platform_id>& ids, cl_device_id* dev) {
-  for (const int index : {AMDidx, NVIDIAidx}) {
-    if (index < 0) continue;
-    errNum = firstGpu(ids[static_cast<std::size_t>(index)], dev);
-    if (errNum == CL_SUCCESS) return true;
-  }
-  return false;
-}
-
 template <class T>
 T numberOf(cl_device_id dev, cl_device_info what) {
   T value{};
@@ -128,11 +90,9 @@ bool describeDevice(cl_device_id dev) {
          std::to_string(numberOf<cl_int>(dev, CL_DEVICE_MAX_COMPUTE_UNITS)));
   report("Device Frequency:" +
          std::to_string(numberOf<cl_int>(dev, CL_DEVICE_MAX_CLOCK_FREQUENCY)) + "(MHz)");
-  constexpr float kPerKilo = 0.0009765625F;
-  const float megabytes =
-      static_cast<float>(numberOf<cl_ulong>(dev, CL_DEVICE_GLOBAL_MEM_SIZE)) * kPerKilo * kPerKilo;
-  report("Device Frequency:" + wholeNumber(megabytes) + "(MB)");
-  if (megabytes < kLeastMegabytes) return false;
+  const float memory = framequilt::megabytes(numberOf<cl_ulong>(dev, CL_DEVICE_GLOBAL_MEM_SIZE));
+  report("Device Frequency:" + wholeNumber(memory) + "(MB)");
+  if (memory < framequilt::kLeastMegabytes) return false;
   report("Device Frequency:" +
          std::to_string(numberOf<cl_int>(dev, CL_DEVICE_GLOBAL_MEM_CACHELINE_SIZE)) + "(Byte)");
 
@@ -168,10 +128,16 @@ char* ReadKernelSourceFileBin(const char* path, std::size_t* /*size*/) {
 }
 
 cl_context CreateContext(cl_device_id* dev) {
-  const std::vector<cl_platform_id> ids = platforms();
+  const std::vector<cl_platform_id> ids = framequilt::openclPlatforms();
   if (ids.empty()) return nullptr;
-  findVendors(ids);
-  if (!chooseDevice(ids, dev) || !describeDevice(*dev)) return nullptr;
+  const framequilt::VendorPlatforms vendors = framequilt::vendorPlatforms(ids);
+  AMDidx = vendors.amd;
+  NVIDIAidx = vendors.nvidia;
+  const framequilt::DeviceChoice choice = framequilt::chooseDevice(ids, vendors);
+  errNum = choice.status;
+  if (choice.platform < 0) return nullptr;
+  *dev = choice.gpu;
+  if (!describeDevice(*dev)) return nullptr;
 
   const cl_context created = clCreateContext(nullptr, 1, dev, nullptr, nullptr, &errNum);
   if (errNum != CL_SUCCESS) {

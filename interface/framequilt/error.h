@@ -12,6 +12,7 @@ enum class ErrorCode {
   kInvalidOption,  ///< An option is out of its range; no session was opened.
   kSessionOpen,    ///< Another session of this process is open.
   kStartFailed,    ///< The worker threads could not be started.
+  kNoOpencl,       ///< OpenCL alone was asked for and cannot be used; no session was opened.
   kInvalidFrame,   ///< A frame does not fit the session; the session goes on.
   kStopped,        ///< The session was stopped: it takes no more frames.
   kOutOfMemory,    ///< The frame could not be taken; the mosaic so far stays.

@@ -13,9 +13,9 @@
 ///     }
 ///     cv::imwrite("mosaic.png", session.mosaic());
 ///
-/// A session sits on the entry points of framequilt.h and replaces them: it knows that the first
-/// call takes two frames, that the first frame has to be offered again until another joins it,
-/// that the engine overwrites frames, and which of the engine's measures are a call's own.
+/// A session sits on the engine of framequilt.h and replaces its entry points: it knows that the
+/// first call takes two frames, that the first frame has to be offered again until another joins
+/// it, that the engine overwrites frames, and which of the engine's measures are a call's own.
 ///
 /// **Coordinates.** Placements are in pixels of the frames ("frame pixels"), x to the right and y
 /// down, counted from the top-left corner of the first placed frame; they never change afterwards.
@@ -80,6 +80,13 @@ struct Progress {
 /// or `stop`.
 using ProgressCallback = std::function<bool(const Progress&)>;
 
+/// What does the work.
+enum class Backend {
+  kAuto,  ///< OpenCL where the machine (opencl_devices.h) and the options allow it, else the host.
+  kOpencl,  ///< OpenCL or an error. At scale 1, and not for the overlap of a dynamic scene.
+  kHost,    ///< The processor.
+};
+
 /// The largest scale that keeps every pixel: 1 where the frames are at most 6000 a side, else 2.
 constexpr int kAutoScale = 0;
 
@@ -97,6 +104,10 @@ struct SessionOptions {
   /// 6000 pixels, so a smaller product is reached with the first pair.
   int maxRows = 20000;
   int maxCols = 20000;
+  Backend backend = Backend::kAuto;
+  /// Source of the OpenCL kernels; empty: the file that lies beside the library. The current folder
+  /// is not searched.
+  std::string kernelFile;
   ProgressCallback onProgress;  ///< May be empty.
 };
 
@@ -146,8 +157,10 @@ FRAMEQUILT_EXPORT std::string explain(const FrameResult& result);
 
 class FRAMEQUILT_EXPORT Session {
  public:
-  /// Opens the session. \throws Error for options out of range, while another session is open, and
-  /// when the engine cannot start.
+  /// Opens the session. With OpenCL the device is looked for and the kernels are built, which may
+  /// take seconds; a device, queue or program that a host has put into the library's globals is
+  /// taken instead. \throws Error for options out of range, while another session is open, and when
+  /// the engine cannot start.
   explicit Session(const SessionOptions& options);
   /// Stops the session.
   ~Session();
@@ -185,7 +198,7 @@ class FRAMEQUILT_EXPORT Session {
 
   int scale() const;                 ///< Frame pixels per mosaic pixel: 1 or 2.
   std::int64_t firstFrame() const;   ///< The frame that lies, or is to lie, at placement (0, 0).
-  std::string_view backend() const;  ///< What does the work: "host".
+  std::string_view backend() const;  ///< What does the work: "opencl" or "host".
 
  private:
   class Impl;

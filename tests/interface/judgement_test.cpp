@@ -4,9 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include "framequilt/tuning.h"
-#include "tests/support/scoped_value.h"
-
 using framequilt::Criterion;
 using framequilt::EngineCall;
 using framequilt::judge;
@@ -31,13 +28,13 @@ EngineCall callWithOffset(int dx, int dy) {
   call.record.matchNum = 50;
   call.record.offsetX = dx;
   call.record.offsetY = dy;
+  call.limits = {0.1F, 0.9F, 40.0F, 30.0F, 10};
   return call;
 }
 
 }  // namespace
 
 TEST(Judgement, OfAMovingSceneRestsOnTheChange) {
-  const ScopedValue<int> limit(motionValueThCpu, 10);
   EngineCall call = callWithOffset(30, 0);
   call.motion = 14;
   const Judgement judgement = judge(call, options(Criterion::kMotion));
@@ -47,10 +44,10 @@ TEST(Judgement, OfAMovingSceneRestsOnTheChange) {
 }
 
 TEST(Judgement, OfAJoinedFrameHasTheChangeToo) {
-  const ScopedValue<int> limit(motionValueThCpu, 255);
   EngineCall call = callWithOffset(30, 0);
   call.record.stitch_flags = 1;
   call.blended = true;
+  call.limits.change = 255;
   call.motion = 14;
   const Judgement judgement = judge(call, options(Criterion::kMotion));
   EXPECT_EQ(judgement.reason, Refusal::kNone);
@@ -71,8 +68,6 @@ TEST(Judgement, HasNoChangeWhereNoneWasMeasured) {
 }
 
 TEST(Judgement, OfASharpFrameOnABlurredMosaicIsAsTheOtherWayRound) {
-  const ScopedValue<float> bright(brightThCpu, 40.0F);
-  const ScopedValue<float> sharp(defintThCpu, 30.0F);
   EngineCall call = callWithOffset(30, 0);
   for (const bool swapped : {false, true}) {
     call.record.definitionOne = swapped ? 90.0F : 50.0F;
@@ -82,4 +77,20 @@ TEST(Judgement, OfASharpFrameOnABlurredMosaicIsAsTheOtherWayRound) {
     EXPECT_EQ(judgement.judged.value, 40);
     EXPECT_EQ(judgement.judged.limit, 30);
   }
+}
+
+TEST(Judgement, OfTheWayRestsOnTheLimitsOfTheCall) {
+  EngineCall call = callWithOffset(30, 0);
+  call.record.stitch_flags = 1;
+  call.limits.leastOverlap = 0.75F;
+  call.limits.mostOverlap = 0.8F;
+  const Judgement tooFar = judge(call, options(Criterion::kMotion));
+  EXPECT_EQ(tooFar.reason, Refusal::kMovedTooFar);
+  EXPECT_EQ(tooFar.judged.value, 70);
+  EXPECT_EQ(tooFar.judged.limit, 75);
+  call.record.offsetX = 15;
+  const Judgement tooLittle = judge(call, options(Criterion::kMotion));
+  EXPECT_EQ(tooLittle.reason, Refusal::kMovedTooLittle);
+  EXPECT_EQ(tooLittle.judged.value, 15);
+  EXPECT_FLOAT_EQ(static_cast<float>(tooLittle.judged.limit), 20.0F);
 }

@@ -162,6 +162,38 @@ TEST(SessionScale, IsTheLargestThatKeepsEveryPixelUnlessItIsGiven) {
   EXPECT_EQ(scaleOf(12001, 5, 2), 2);
 }
 
+TEST(SessionScale, IsOneWithOpencl) {
+  const auto ofOpencl = [](int rows, int scale) {
+    return refusalOf([=](SessionOptions& options) {
+      options.rows = rows;
+      options.scale = scale;
+      options.backend = framequilt::Backend::kOpencl;
+    });
+  };
+  EXPECT_EQ(ofOpencl(8, 2), "OpenCL works at scale 1, not 2: use scale 1 or another backend");
+  EXPECT_EQ(ofOpencl(6001, framequilt::kAutoScale),
+            "OpenCL works at scale 1, not 2, which frames of this size need: use another backend");
+}
+
+TEST(SessionOptions, OfADynamicOverlapAreNotForOpencl) {
+  const auto ofScene = [](bool dynamic, framequilt::Criterion criterion) {
+    SessionOptions asked = with([=](SessionOptions& options) {
+      options.dynamicScene = dynamic;
+      options.criterion = criterion;
+      options.backend = framequilt::Backend::kOpencl;
+    });
+    ScriptedEngine engine(ScriptedEngine::Device::kServes);
+    asked.kernelFile = "/proc/self/exe";
+    return errorOf([&] { const Session session(asked); }).text;
+  };
+  using framequilt::Criterion;
+  EXPECT_EQ(ofScene(true, Criterion::kOverlap),
+            "OpenCL has no narrow limits for the overlap of a dynamic scene: use the motion "
+            "criterion or another backend");
+  EXPECT_EQ(ofScene(false, Criterion::kOverlap), "nothing");
+  EXPECT_EQ(ofScene(true, Criterion::kMotion), "nothing");
+}
+
 TEST(SessionScale, FramesHaveToFitIntoTheMosaicThatARunBeginsWith) {
   EXPECT_EQ(ofSize(6000, 6000, 1), "nothing");
   EXPECT_EQ(ofSize(5, 6001, 1), "frames of 6001 x 5 pixels are more than 6000 a side: use scale 2");

@@ -102,6 +102,7 @@ enum class ObjectKind { kContext, kQueue, kProgram, kKernel, kBuffer, kEvent };
 struct LiveObject {
   ObjectKind kind;
   const void* handle;
+  int number;  ///< As in the sentences of violations(): from 1, in the order of creation.
   int references;
   std::string name;   ///< The function of a kernel, else empty.
   std::size_t bytes;  ///< Of a buffer, else 0.
@@ -129,7 +130,8 @@ FRAMEQUILT_OPENCL_LAYER_API Ledger live();
 
 /// What the program did wrong since resetRecords(), a sentence each:
 /// - a null, released or foreign handle given to any call (which is answered with the error for
-///   such handles and not passed on), hence also a double release;
+///   such handles and not passed on), hence also a double release; but one whose address the
+///   runtime has given to a new object of the same kind passes for that;
 /// - a launch of a kernel with a null, released or mapped buffer (answered CL_INVALID_KERNEL_ARGS);
 /// - an unmap of what is not mapped (answered CL_INVALID_VALUE);
 /// - a kernel object whose arguments are set by two threads (passed on);
@@ -160,6 +162,7 @@ struct TraceEvent {
   TraceKind kind{};
   ObjectKind object{};           ///< What kind of object `handle` is.
   const void* handle = nullptr;  ///< Created, released, built, launched, mapped, ...
+  int number = 0;                ///< Of that object; handles are given out again, numbers are not.
   std::string kernel{};          ///< Function, of creations, arguments and launches of kernels.
   const void* queue = nullptr;   ///< Of what is enqueued.
 

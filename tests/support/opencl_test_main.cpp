@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
 /// Runs the tests of a program that needs OpenCL, and fails where they can't run: a test that is
-/// left out looks like one that passes.
+/// left out looks like one that passes. With --serialise, one call at a time enters the runtime.
 #include <CL/cl.h>
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <string_view>
 
 #include "tests/support/opencl_layer.h"
 
@@ -24,6 +25,9 @@ bool openclIsReady() {
 
 int main(int count, char** arguments) {
   testing::InitGoogleTest(&count, arguments);
+  if (count > 1 && std::string_view(arguments[1]) == "--serialise") {
+    framequilt::opencl_layer::serialise(true);
+  }
   // The build lists the tests without any of what they need.
   if (!GTEST_FLAG_GET(list_tests) && !openclIsReady()) {
     std::fputs(

@@ -43,8 +43,8 @@ class RecordedReports {
   }
 
  private:
-  static void append(const char* line, std::size_t length, void* context) {
-    auto& self = *static_cast<RecordedReports*>(context);
+  static void append(const char* line, std::size_t length, void* recorder) {
+    auto& self = *static_cast<RecordedReports*>(recorder);
     const std::lock_guard lock(self.mutex_);
     const bool fromCaller = std::this_thread::get_id() == self.caller_;
     (fromCaller ? self.ofCaller_ : self.ofWorkers_).emplace_back(line, length);

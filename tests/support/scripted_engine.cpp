@@ -7,7 +7,11 @@
 #include <utility>
 
 #include "cpu/run_state.h"
+#include "cpu/stitching_run.h"
 #include "framequilt/framequilt.h"
+#include "framequilt/tuning.h"
+#include "opencl/OpenclJoint.h"
+#include "opencl/OpenclJointState.h"
 
 namespace {
 
@@ -15,12 +19,28 @@ ScriptedEngine* instance = nullptr;
 
 constexpr int kFirstMosaicSide = 6000;
 
+/// Handles that nobody looks into.
+template <class Handle>
+Handle madeUp() {
+  static char object;
+  return reinterpret_cast<Handle>(&object);
+}
+
+void forgetDevice() {
+  device = nullptr;
+  context = nullptr;
+  commandQueue = nullptr;
+  program = nullptr;
+}
+
 }  // namespace
 
-ScriptedEngine::ScriptedEngine() : run_{flagsCpu, {}, {}, {}, {}} {
+ScriptedEngine::ScriptedEngine(Device deviceOfMachine)
+    : device_(deviceOfMachine),
+      run_{deviceOfMachine == Device::kServes ? flagsCL : flagsCpu, {}, {}, {}, {}} {
   assert(instance == nullptr);
   instance = this;
-  flagsCpu = {};
+  run_.flags = {};
 }
 
 ScriptedEngine::~ScriptedEngine() { instance = nullptr; }
@@ -118,8 +138,32 @@ void ScriptedEngine::beginMosaic() {
 
 bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, int maxCol,
                int stitchMode, int staticDynamicFlag) {
-  return ScriptedEngine::active().start(
+  ScriptedEngine& engine = ScriptedEngine::active();
+  engine.deviceStart.maxRows = MAXROWCL;
+  engine.deviceStart.maxCols = MAXCOLCL;
+  engine.deviceStart.factor = scaleCL;
+  openclDeviceFlag = engine.deviceOfMachine() == ScriptedEngine::Device::kServes;
+  if (!openclDeviceFlag) forgetDevice();
+  return engine.start(
       {rows, cols, channels, cornerBudget, maxRow, maxCol, stitchMode, staticDynamicFlag});
+}
+
+bool initJointCpu(int rows, int cols, int channels, int cornerBudget, int maxRow, int maxCol) {
+  return ScriptedEngine::active().start(
+      {rows, cols, channels, cornerBudget, maxRow, maxCol, GStitchMode, GstaticDynamicFlag});
+}
+
+cl_context CreateContext(cl_device_id* dev) {
+  if (ScriptedEngine::active().deviceOfMachine() == ScriptedEngine::Device::kNone) return nullptr;
+  *dev = madeUp<cl_device_id>();
+  return madeUp<cl_context>();
+}
+
+cl_command_queue CreateCommandQueue(cl_context, cl_device_id) { return madeUp<cl_command_queue>(); }
+
+cl_program CreateProgram(cl_context, cl_device_id, const char* path) {
+  ScriptedEngine::active().deviceStart.kernelFile = path;
+  return madeUp<cl_program>();
 }
 
 int stichingImagedJoint(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
@@ -138,5 +182,7 @@ int stichingImagedJoint(unsigned char* src, unsigned char* dest, int frameIndex,
 
 bool uinitJoint() {
   ++ScriptedEngine::active().stops;
+  openclDeviceFlag = false;
+  forgetDevice();
   return true;
 }

@@ -6,15 +6,21 @@
 
 #include <functional>
 #include <opencv2/core/mat.hpp>
+#include <string>
 #include <vector>
 
 #include "framequilt/records.h"
 
-/// In front of the library's entry points while it lives. One at a time.
+/// In front of the library's entry points, and of its search for a device, while it lives. One at a
+/// time.
 ///
-/// Its record is `flagsCpu`, as that of the library's engine: it keeps what nobody clears.
+/// Its record is that of the library's engine, `flagsCpu` or `flagsCL`: it keeps what nobody
+/// clears.
 class ScriptedEngine {
  public:
+  /// What the machine has, and whether a run starts on the device.
+  enum class Device { kNone, kServes, kRefuses };
+
   /// What the engine holds; an answer changes it, every call copies it out.
   struct Run {
     stitchflags& flags;
@@ -33,7 +39,7 @@ class ScriptedEngine {
   };
   using Answer = std::function<int(Run&)>;
 
-  ScriptedEngine();
+  explicit ScriptedEngine(Device deviceOfMachine = Device::kNone);
   ~ScriptedEngine();
   ScriptedEngine(const ScriptedEngine&) = delete;
   ScriptedEngine& operator=(const ScriptedEngine&) = delete;
@@ -44,6 +50,12 @@ class ScriptedEngine {
   bool overwritesFrames = false;
   std::function<bool()> onStart = [] { return true; };
 
+  /// The start on the device, in words, and what it was told.
+  struct DeviceStart {
+    std::string kernelFile;  ///< Empty: no program was made.
+    int maxRows = 0, maxCols = 0, factor = 0;
+  };
+  DeviceStart deviceStart;
   std::vector<int> startArguments;
   std::vector<Call> calls;
   int starts = 0;
@@ -66,6 +78,7 @@ class ScriptedEngine {
   // --- For the entry points ---
 
   static ScriptedEngine& active();
+  Device deviceOfMachine() const { return device_; }
   bool start(const std::vector<int>& arguments);
   int stitch(unsigned char* reference, unsigned char* frame, Call call);
   const Run& run() const { return run_; }
@@ -75,5 +88,6 @@ class ScriptedEngine {
   void overwrite(unsigned char* reference, unsigned char* frame) const;
   void beginMosaic();
 
+  Device device_;
   Run run_;
 };

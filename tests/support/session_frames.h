@@ -25,5 +25,6 @@ inline framequilt::SessionOptions optionsFor(const Frame& frame) {
   options.rows = frame.rows;
   options.cols = frame.cols;
   options.channels = frame.channels;
+  options.backend = framequilt::Backend::kHost;
   return options;
 }

@@ -198,6 +198,8 @@ TEST_F(ProgramErrors, WrongUsageGivesStatusTwo) {
       {"stitch", "-o", mosaic()},
       {"stitch", one(), two(), "-o", mosaic(), "--mode", "other"},
       {"stitch", one(), two(), "-o", mosaic(), "--scale", "3"},
+      {"stitch", one(), two(), "-o", mosaic(), "--backend", "gpu"},
+      {"stitch", one(), two(), "-o", mosaic(), "--backend", "opencl", "--scale", "2"},
       {"stitch", one(), two(), "-o", mosaic(), "--every", "0"},
       {"stitch", one(), two(), "-o", mosaic(), "--corner-budget", "-1"},
       {"stitch", one(), two(), "-o", mosaic(), "--max-rows", "0"},

@@ -115,6 +115,17 @@ TEST_F(ProgramOptions, AutomaticScaleHalvesOnlyWhatIsTooLarge) {
   EXPECT_EQ(cv::imread(mosaic(), cv::IMREAD_UNCHANGED).size(), cv::Size(kCols + 320, kRows));
 }
 
+TEST_F(ProgramOptions, BackendIsChosen) {
+  EXPECT_EQ(stitch({"--backend", "host"}).status, 0);
+  EXPECT_EQ(stitch({"--backend", "auto"}).status, 0);
+  // The tests of the program see no platform.
+  const ProgramRun result = stitch({"--backend", "opencl"});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.err,
+            "framequilt: no OpenCL platform is installed: install the driver of an AMD or NVIDIA "
+            "GPU, or choose the host backend\n");
+}
+
 TEST_F(ProgramOptions, ACornerBudgetFindsMoreMatches) {
   const int few = matchesOf(stitch({"--verbose", "--corner-budget", "1"}).err);
   const int more = matchesOf(stitch({"--verbose"}).err);
@@ -205,9 +216,10 @@ TEST(Program, TellsItsVersion) {
 TEST(Program, HelpNamesEveryOption) {
   const ProgramRun result = framequiltRun({"stitch", "--help"});
   EXPECT_EQ(result.status, 0);
-  for (const char* option : {"--output", "--every", "--hints", "--mode", "--static", "--dynamic",
-                             "--scale", "--corner-budget", "--max-rows", "--max-cols", "--crop",
-                             "--placements", "--report", "--outlines", "--quiet", "--verbose"}) {
+  for (const char* option :
+       {"--output", "--every", "--hints", "--mode", "--static", "--dynamic", "--scale", "--backend",
+        "--corner-budget", "--max-rows", "--max-cols", "--crop", "--placements", "--report",
+        "--outlines", "--quiet", "--verbose"}) {
     EXPECT_TRUE(contains(result.out, option)) << option;
   }
 }

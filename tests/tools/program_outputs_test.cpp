@@ -149,7 +149,5 @@ TEST(ProgramInfo, TellsVersionBuildAndBackends) {
   EXPECT_EQ(result.err, "");
   EXPECT_EQ(result.out.rfind("framequilt " FRAMEQUILT_VERSION "\nbuild: ", 0), 0U) << result.out;
   EXPECT_NE(result.out.find("\nbackends:\n  host: used ("), std::string::npos) << result.out;
-  EXPECT_NE(result.out.find("\n  opencl: not used (this build has no OpenCL backend)\n"),
-            std::string::npos)
-      << result.out;
+  EXPECT_NE(result.out.find("\n  opencl: "), std::string::npos) << result.out;
 }

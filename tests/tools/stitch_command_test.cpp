@@ -28,6 +28,9 @@ constexpr int kCols = 10;
 /// A folder of five small pictures and an engine that answers as told.
 class StitchCommand : public testing::Test {
  protected:
+  explicit StitchCommand(ScriptedEngine::Device device = ScriptedEngine::Device::kNone)
+      : engine_(device) {}
+
   void SetUp() override {
     for (const char* name : {"f1.png", "f2.png", "f3.png", "f4.png", "f5.png"}) {
       save(pictures_.file(name), texture(kRows, kCols));
@@ -196,6 +199,35 @@ TEST_F(StitchCommand, HintsReachTheEngine) {
   EXPECT_TRUE(engine_.calls[2].motorFlag);
   // Where the view moves left, the engine counts rows the other way.
   EXPECT_EQ(engine_.calls[2].motor, cv::Point(-2, -5));
+}
+
+TEST_F(StitchCommand, BackendIsChosen) {
+  options_.backend = "host";
+  options_.report = outputs_.file("report.json");
+  engine_.answers.assign(4, joins());
+  EXPECT_EQ(run(), kMosaicWritten);
+  EXPECT_NE(readText(options_.report).find("\"backend\": \"host\""), std::string::npos);
+  options_.backend = "opencl";
+  EXPECT_THROW(run(), framequilt::Error);
+  EXPECT_EQ(engine_.starts, 1);
+}
+
+class StitchCommandOnDevice : public StitchCommand {
+ protected:
+  StitchCommandOnDevice() : StitchCommand(ScriptedEngine::Device::kServes) {}
+};
+
+TEST_F(StitchCommandOnDevice, IsTakenUnlessTheHostIsAskedFor) {
+  options_.report = outputs_.file("report.json");
+  for (const char* backend : {"auto", "opencl", "host"}) {
+    options_.backend = backend;
+    engine_.calls.clear();
+    engine_.answers.assign(4, joins());
+    EXPECT_EQ(run(), kMosaicWritten) << backend;
+    const std::string used = std::string(backend) == "host" ? "host" : "opencl";
+    EXPECT_NE(readText(options_.report).find("\"backend\": \"" + used + "\""), std::string::npos)
+        << backend;
+  }
 }
 
 TEST_F(StitchCommand, OptionsReachTheEngine) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/info_command.h"
 
+#include <framequilt/opencl_devices.h>
 #include <vips/vips.h>
 
 #include <opencv2/core/version.hpp>
@@ -23,6 +24,26 @@ std::string processors() {
   return count == 1 ? "1 processor" : std::to_string(count) + " processors";
 }
 
+/// What `why` says against it; empty: it is used.
+std::string useText(const std::string& why) {
+  return why.empty() ? "used" : "not used (" + why + ")";
+}
+
+std::string deviceText(const OpenclDevice& device) {
+  if (device.name.empty()) return device.platform;
+  return device.platform + ", " + device.name + " (" + device.kind + ", " +
+         std::to_string(device.memoryMegabytes) + " MB, " + device.version + ")";
+}
+
+std::string openclText() {
+  std::string lines = "  opencl: " + useText(openclObstacle()) + "\n";
+  for (const OpenclDevice& device : openclDevices()) {
+    lines += "    " + deviceText(device) + ": " + useText(device.reason) + "\n";
+  }
+  const std::string kernels = openclKernelFile();
+  return lines + "    kernels: " + (kernels.empty() ? "missing" : kernels) + "\n";
+}
+
 }  // namespace
 
 std::string infoText() {
@@ -36,9 +57,7 @@ std::string infoText() {
          "\n"
          "backends:\n"
          "  host: used (" +
-         processors() +
-         ")\n"
-         "  opencl: not used (this build has no OpenCL backend)\n";
+         processors() + ")\n" + openclText();
 }
 
 }  // namespace framequilt::tool

@@ -5,8 +5,8 @@
 
 namespace framequilt::tool {
 
-/// What `framequilt info` prints: version, what the program was built with, and each backend with
-/// whether it is used and, if not, why.
+/// What `framequilt info` prints: version, what the program was built with, and each backend and
+/// OpenCL device with whether it is used and, if not, why.
 std::string infoText();
 
 }  // namespace framequilt::tool

@@ -91,6 +91,15 @@ void addJudging(CLI::App& command, StitchOptions& options) {
       ->capture_default_str();
 }
 
+void addBackend(CLI::App& command, StitchOptions& options) {
+  command
+      .add_option("--backend", options.backend,
+                  "Work on a GPU (opencl) or the processor (host); auto takes the GPU where "
+                  "'framequilt info' names one, at scale 1")
+      ->check(CLI::IsMember({"auto", "opencl", "host"}))
+      ->capture_default_str();
+}
+
 void addOutputs(CLI::App& command, StitchOptions& options) {
   command
       .add_option("-o,--output", options.output,
@@ -132,6 +141,7 @@ CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
   addInputs(command, options);
   addOutputs(command, options);
   addJudging(command, options);
+  addBackend(command, options);
   addTalk(command, options);
   command.callback([&options] { requireLimitFits(options); });
   command.footer(

@@ -19,6 +19,7 @@ struct StitchOptions {
   bool outlines = false;
   std::string mode = "motion";
   bool dynamicScene = false;
+  std::string backend = "auto";
   int scale = kAutoScale;
   int cornerBudget = SessionOptions().cornerBudget;
   int maxRows = SessionOptions().maxRows;

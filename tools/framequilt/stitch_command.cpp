@@ -43,6 +43,11 @@ std::unique_ptr<FrameSource> openSource(const StitchOptions& options, Console& c
   return source;
 }
 
+Backend backendOf(const StitchOptions& options) {
+  if (options.backend == "auto") return Backend::kAuto;
+  return options.backend == "opencl" ? Backend::kOpencl : Backend::kHost;
+}
+
 SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& shape) {
   SessionOptions session;
   session.rows = shape.rows;
@@ -54,6 +59,7 @@ SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& 
   session.cornerBudget = options.cornerBudget;
   session.maxRows = options.maxRows;
   session.maxCols = options.maxCols;
+  session.backend = backendOf(options);
   return session;
 }
 
