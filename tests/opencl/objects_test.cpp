@@ -200,9 +200,8 @@ TEST_F(Kernels, FileWithTheFirstKernelInOtherLetters) {
   ASSERT_TRUE(buildWith("opencvcopyFilter2DBorderRowUcharMode",  //
                         "opencvcopyFilter2DBorderRowUhcarMode"));
   EXPECT_FALSE(createKernel(program));
-  EXPECT_EQ(
-      recorded_.take(),
-      Messages{debugText("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed")});
+  EXPECT_EQ(recorded_.take(),
+            Messages{debugText("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed")});
   EXPECT_EQ(layer::callCount("clCreateKernel"), 1);
   EXPECT_EQ(layer::live().count(ObjectKind::kKernel), 0);
 }
@@ -223,9 +222,8 @@ TEST_F(Buffers, SizesInOrder) {
   struct Shape {
     int rows, cols, channels;
   };
-  for (const Shape shape :
-       {Shape{240, 320, 3}, Shape{240, 320, 1}, Shape{37, 21, 3}, Shape{8, 8, 1},
-        Shape{3, 200, 3}, Shape{600, 9, 1}}) {
+  for (const Shape shape : {Shape{240, 320, 3}, Shape{240, 320, 1}, Shape{37, 21, 3},
+                            Shape{8, 8, 1}, Shape{3, 200, 3}, Shape{600, 9, 1}}) {
     SCOPED_TRACE(std::to_string(shape.rows) + " x " + std::to_string(shape.cols));
     EXPECT_TRUE(create(shape.rows, shape.cols, shape.channels));
     const auto created = events(TraceKind::kCreate, ObjectKind::kBuffer);
@@ -324,7 +322,7 @@ TEST_F(Buffers, KeptOneOfAnotherContextIsReplaced) {
   EXPECT_TRUE(create(24, 32, 3));
   EXPECT_EQ(layer::callCount("clCreateBuffer"), 34);
   cl_context owner = nullptr;
-  clGetMemObjectInfo(grad_bound_tempOneCl, CL_MEM_CONTEXT, sizeof(owner),
+  clGetMemObjectInfo(grad_bound_tempOneCl, CL_MEM_CONTEXT, sizeof(void*),
                      static_cast<void*>(&owner), nullptr);
   EXPECT_EQ(owner, context);
   EXPECT_EQ(layer::live().count(ObjectKind::kBuffer), 34) << "the former one is released";

@@ -176,7 +176,7 @@ TEST_F(PlatformChoice, FirstOfTwoGpusIsTheOnlyOneHandedOut) {
   clGetContextInfo(created_, CL_CONTEXT_NUM_DEVICES, sizeof(devices), &devices, nullptr);
   EXPECT_EQ(devices, 1U);
   cl_device_id inside = nullptr;
-  clGetContextInfo(created_, CL_CONTEXT_DEVICES, sizeof(inside), static_cast<void*>(&inside),
+  clGetContextInfo(created_, CL_CONTEXT_DEVICES, sizeof(void*), static_cast<void*>(&inside),
                    nullptr);
   EXPECT_EQ(inside, slots_[0]);
   std::size_t properties = 99;
@@ -253,10 +253,10 @@ TEST_F(PlatformChoice, VersionHasOneHundredBytesWithItsZero) {
 
 TEST_F(PlatformChoice, OtherQueriesMayFail) {
   FakeDevice device;
-  for (const cl_device_info query :
+  for (const int query :
        {CL_DEVICE_NAME, CL_DEVICE_MAX_COMPUTE_UNITS, CL_DEVICE_MAX_CLOCK_FREQUENCY,
         CL_DEVICE_GLOBAL_MEM_CACHELINE_SIZE, CL_DEVICE_PREFERRED_VECTOR_WIDTH_FLOAT}) {
-    device.failingInfos[query] = CL_INVALID_VALUE;
+    device.failingInfos[static_cast<cl_device_info>(query)] = CL_INVALID_VALUE;
   }
   choose({platform("NVIDIA", {device})});
   EXPECT_NE(created_, nullptr);

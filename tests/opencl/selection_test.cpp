@@ -44,8 +44,7 @@ TEST_F(Selection, CardServesTheRun) {
   EXPECT_TRUE(open(0, 0));
   EXPECT_TRUE(openclDeviceFlag);
   EXPECT_EQ(recorded_.take(),
-            (Messages{debugText("0 == GStitchMainMode"),
-                      debugText("0 == GstaticMainDynamicFlag")} +
+            (Messages{debugText("0 == GStitchMainMode"), debugText("0 == GstaticMainDynamicFlag")} +
              kStartBegins + kDeviceLines + Messages{debugText("init out")}));
   EXPECT_TRUE(uinitJoint());
   EXPECT_FALSE(openclDeviceFlag);
@@ -75,13 +74,13 @@ TEST_F(Selection, FrameIsAnnouncedAndItsFailure) {
   SPoint left{}, right{};
   cv::Mat mosaic;
   stitchflags flags{};
-  EXPECT_EQ(stichingImagedJoint(nullptr, frame.data(), 0, 1, 0, 0, false, left, right, mosaic,
-                                flags),
-            -1);
-  EXPECT_EQ(recorded_.take(), (Messages{debugText("stichingImagedJointCL in"),
-                                        debugText("stitchingImageOffsetCL 0"),
-                                        "stitchingImageOffset ptr is null",
-                                        debugText("stichingImagedJointCL failed")}));
+  EXPECT_EQ(
+      stichingImagedJoint(nullptr, frame.data(), 0, 1, 0, 0, false, left, right, mosaic, flags),
+      -1);
+  EXPECT_EQ(
+      recorded_.take(),
+      (Messages{debugText("stichingImagedJointCL in"), debugText("stitchingImageOffsetCL 0"),
+                "stitchingImageOffset ptr is null", debugText("stichingImagedJointCL failed")}));
 }
 
 TEST_F(Selection, RunsAlternateBetweenCardAndHost) {
@@ -194,12 +193,8 @@ const Refusal kRefusals[] = {
        layer::failCall("clGetProgramBuildInfo", 1, CL_OUT_OF_HOST_MEMORY);
      },
      {"Error in kernel:"}},
-    {"ThreadOne",
-     [] { watchThreads(1); },
-     {"ALG_template_model_init_process_pthread faled"}},
-    {"ThreadTwo",
-     [] { watchThreads(2); },
-     {"ALG_search_match_init_process_pthread faled"}},
+    {"ThreadOne", [] { watchThreads(1); }, {"ALG_template_model_init_process_pthread faled"}},
+    {"ThreadTwo", [] { watchThreads(2); }, {"ALG_search_match_init_process_pthread faled"}},
     {"FirstKernel",
      [] { layer::failCall("clCreateKernel", 1, CL_INVALID_KERNEL_NAME); },
      {debugText("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed"),

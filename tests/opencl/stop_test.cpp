@@ -105,9 +105,10 @@ TEST_F(Stop, ClearsTheFlags) {
 TEST_F(Stop, ReleasesTheHostsMemory) {
   ASSERT_TRUE(startQuietly());
   const std::vector<unsigned char**> planes = {
-      &thedestImage_preCL,  &theSorImageTempCL,  &OverlapImageOneCL,      &OverlapImageTwoCL,
-      &resiz_OneCL,         &resiz_TwoCL,        &resiz_OneBoundCL,       &resiz_TwoBoundCL,
-      &resiz_OneBoundFilterCL, &resiz_TwoBoundFilterCL};
+      &thedestImage_preCL,    &theSorImageTempCL, &OverlapImageOneCL,
+      &OverlapImageTwoCL,     &resiz_OneCL,       &resiz_TwoCL,
+      &resiz_OneBoundCL,      &resiz_TwoBoundCL,  &resiz_OneBoundFilterCL,
+      &resiz_TwoBoundFilterCL};
   const std::vector<unsigned short**> descriptors = {
       &DescribleSymbolOneCL, &DescribleSymbolTwoCL, &FeatureDescriberOneCL, &FeatureDescriberTwoCL};
   const std::vector<float**> floats = {&dist_valueCL, &CoonervalueOneCL, &CoonervalueTwoCL};
