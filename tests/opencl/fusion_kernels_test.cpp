@@ -119,7 +119,7 @@ const Distances& adversarialDistances() {
     }
     if (isEmulated()) return pairs;
 
-    const Floats far = reachableDistances(400);
+    const Floats far = reachableDistances(200);
     Random random(3);
     const auto any = [&] { return far[random.next() % far.size()]; };
     for (int i = 0; i < 1000000; ++i) pairs.add(any(), any());
