@@ -27,9 +27,9 @@ struct PlaneSize {
 };
 
 /// Sizes that end within, at and behind a group of 16 x 16 items, the smallest and a usual one.
-inline const std::vector<PlaneSize> kPlaneSizes = {{1, 1},   {1, 9},   {9, 1},   {2, 3},    {4, 4},
-                                                   {5, 5},   {15, 17}, {16, 16}, {32, 48},  {33, 31},
-                                                   {50, 64}, {64, 51}, {97, 131}, {240, 320}};
+inline const std::vector<PlaneSize> kPlaneSizes = {
+    {1, 1},   {1, 9},   {9, 1},   {2, 3},   {4, 4},   {5, 5},    {15, 17},
+    {16, 16}, {32, 48}, {33, 31}, {50, 64}, {64, 51}, {97, 131}, {240, 320}};
 
 /// `count` bytes of several natures: noise, one value, extremes side by side, little beside black.
 std::vector<Bytes> contents(std::size_t count, std::uint64_t seed);

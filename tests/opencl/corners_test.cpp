@@ -137,8 +137,16 @@ TEST_P(Corners, OfAHintAsLargeAsTheImageAndLargerAreTheHosts) {
   searchAt(size, 2);
   const Bytes image = cutOf(size, 1).bytes;
   constexpr int kFar = 2000000000;
-  for (const SPoint hint : {SPoint{159, 0}, {160, 0}, {161, 0}, {-160, 0}, {0, 128}, {0, -128},
-                            {kFar, kFar}, {-kFar, kFar}, {kFar, -kFar}, {-kFar, -kFar}}) {
+  for (const SPoint hint : {SPoint{159, 0},
+                            {160, 0},
+                            {161, 0},
+                            {-160, 0},
+                            {0, 128},
+                            {0, -128},
+                            {kFar, kFar},
+                            {-kFar, kFar},
+                            {kFar, -kFar},
+                            {-kFar, -kFar}}) {
     expectSameStrips(hint, image, size);
   }
   EXPECT_EQ(found_, 0U);

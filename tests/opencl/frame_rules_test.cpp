@@ -147,8 +147,7 @@ TEST_P(FrameRules, FrameLargerThanTheFirstMosaicIsRefusedWithATextForTheDebugHoo
   EXPECT_EQ(cv::countNonZero(outcome.mosaic), 0);
   const Entries entries = journal.take();
   ASSERT_GE(entries.size(), 2U);
-  EXPECT_EQ(entries[entries.size() - 2],
-            Journal::debug("willSmallImgToBigImgAssignRowCol failed"));
+  EXPECT_EQ(entries[entries.size() - 2], Journal::debug("willSmallImgToBigImgAssignRowCol failed"));
   EXPECT_EQ(entries.back(), Journal::debug("stichingImagedJointCL failed"));
 }
 
@@ -213,14 +212,29 @@ void expectLimits(CaptureRun& run, const std::vector<Limit>& limits) {
 
 TEST_P(FrameRules, OffsetsOfATenthAndOfNineTenthsAreNotBlended) {
   const auto run = openRun(On::kCard, settingsFor(kMotion, kStatic));
-  expectLimits(*run, {{{32, 0}, false},   {{33, 0}, true},    {{-32, 0}, false}, {{-33, 0}, true},
-                      {{288, 0}, false},  {{287, 0}, true},   {{-288, 0}, false},
-                      {{-287, 0}, true},  {{0, 24}, false},   {{0, 25}, true},
-                      {{0, -24}, false},  {{0, -25}, true},   {{0, 216}, false},
-                      {{0, 215}, true},   {{0, -216}, false}, {{0, -215}, true},
+  expectLimits(*run, {{{32, 0}, false},
+                      {{33, 0}, true},
+                      {{-32, 0}, false},
+                      {{-33, 0}, true},
+                      {{288, 0}, false},
+                      {{287, 0}, true},
+                      {{-288, 0}, false},
+                      {{-287, 0}, true},
+                      {{0, 24}, false},
+                      {{0, 25}, true},
+                      {{0, -24}, false},
+                      {{0, -25}, true},
+                      {{0, 216}, false},
+                      {{0, 215}, true},
+                      {{0, -216}, false},
+                      {{0, -215}, true},
                       // Only the larger one counts; equal ones are held against the height.
-                      {{27, 26}, false},  {{33, 1}, true},    {{1, 25}, true},
-                      {{25, 25}, true},   {{216, 216}, false}, {{0, 0}, false}});
+                      {{27, 26}, false},
+                      {{33, 1}, true},
+                      {{1, 25}, true},
+                      {{25, 25}, true},
+                      {{216, 216}, false},
+                      {{0, 0}, false}});
 }
 
 TEST_P(FrameRules, TenPairsAreNotBlended) {
@@ -359,8 +373,7 @@ TEST_P(FrameRules, NullIsRefusedWithItsLines) {
   expectRunState(callCard(nullptr, some, 0));
   EXPECT_EQ(journal.take(), (Entries{startText, refused}));
   expectRunState(callCard(nullptr, nullptr, 1));
-  EXPECT_EQ(journal.take(),
-            (Entries{isNull, Journal::debug("stitchingImageOffsetCL 1"), refused}));
+  EXPECT_EQ(journal.take(), (Entries{isNull, Journal::debug("stitchingImageOffsetCL 1"), refused}));
   EXPECT_EQ(layer::callCount(), 0);
   EXPECT_EQ(frame.bytes, flat(60).bytes);
   // A later frame needs no reference from the caller.
@@ -549,8 +562,7 @@ TEST_P(FrameRules, EveryNewFrameIsPreJudgedOnACardWhereItLies) {
       const FrameOutcome first = run->first(reference, noise(12, channels));
       EXPECT_EQ(first.reference, withoutZeros(reference.bytes));
       const auto expectFrame = [&](const FrameOutcome& outcome, const Frame& given) {
-        EXPECT_EQ(outcome.frame,
-                  backend == On::kCard ? withoutZeros(given.bytes) : given.bytes);
+        EXPECT_EQ(outcome.frame, backend == On::kCard ? withoutZeros(given.bytes) : given.bytes);
         EXPECT_NE(withoutZeros(given.bytes), given.bytes);
       };
       expectFrame(first, noise(12, channels));

@@ -186,8 +186,8 @@ Seen seenIn(const FrameOutcome& outcome) {
   Digest digest;
   addOutcome(digest, outcome);
   const stitchflags& flags = outcome.flags;
-  return {outcome.result,     flags.offsetX,  flags.offsetY,   flags.matchNum,      flags.stitch_flags,
-          flags.position,     outcome.topLeft, outcome.bottomRight, digest.hex(), outcome.joined()};
+  return {outcome.result, flags.offsetX,   flags.offsetY,       flags.matchNum, flags.stitch_flags,
+          flags.position, outcome.topLeft, outcome.bottomRight, digest.hex(),   outcome.joined()};
 }
 
 void expectSame(const Seen& card, const Seen& host) {
@@ -368,8 +368,8 @@ TEST_P(FrameRuns, CostTheSameForEveryLaterFrame) {
     EXPECT_EQ(costs.unmaps, 13);
     EXPECT_EQ(costs.blockingMaps, 8);
     const std::size_t frameBytes = pixels * static_cast<std::size_t>(channels);
-    EXPECT_EQ(costs.mappedBytes, frameBytes + 2 * (3 * pixels + pixels) + pixels + 8 * pixels +
-                                     frameBytes);
+    EXPECT_EQ(costs.mappedBytes,
+              frameBytes + 2 * (3 * pixels + pixels) + pixels + 8 * pixels + frameBytes);
     EXPECT_EQ(layer::live().count(), living);
   }
 }

@@ -304,12 +304,12 @@ TEST_P(Measures, FusionIsTheHostsAndLeavesTheFrameAlone) {
   forEveryPair([](PlaneSize size, int channels, const Bytes& mosaic, const Bytes& frame) {
     Bytes hostMosaic = mosaic;
     Bytes hostFrame = frame;
-    ASSERT_TRUE(twoImageFusion(hostMosaic.data(), hostFrame.data(), channels, 0, size.rows,
-                               size.cols));
+    ASSERT_TRUE(
+        twoImageFusion(hostMosaic.data(), hostFrame.data(), channels, 0, size.rows, size.cols));
     Bytes cardMosaic = mosaic;
     Bytes cardFrame = frame;
-    ASSERT_TRUE(twoImageFusionCL(cardMosaic.data(), cardFrame.data(), channels, 0, size.rows,
-                                 size.cols));
+    ASSERT_TRUE(
+        twoImageFusionCL(cardMosaic.data(), cardFrame.data(), channels, 0, size.rows, size.cols));
     ASSERT_EQ(cardMosaic, hostMosaic);
     ASSERT_EQ(cardFrame, frame);
   });
