@@ -25,19 +25,38 @@ std::vector<Bytes> contents(std::size_t count, std::uint64_t seed) {
   return all;
 }
 
+Frame cutOf(PlaneSize size, int channels, SPoint corner) {
+  static const Scene gray(420, 500, 1, 21);
+  static const Scene colour(420, 500, 3, 21);
+  return (channels == 1 ? gray : colour).cut(corner.x, corner.y, size.rows, size.cols);
+}
+
 void BothBackends::SetUp() {
   ASSERT_TRUE(initJoint(kLargest.rows, kLargest.cols, 3, 1, 20000, 20000, 1, 0));
   ASSERT_TRUE(openclDeviceFlag);
   ASSERT_TRUE(initJointCpu(kLargest.rows, kLargest.cols, 3, 1, 20000, 20000));
   // The stops release them.
   const std::size_t padded = PlaneSize{kLargest.rows + 8, kLargest.cols + 8}.bytes();
-  for (unsigned char** plane :
-       {&resiz_One, &resiz_Two, &resiz_OneBound, &resiz_TwoBound, &resiz_OneBoundFilter,
-        &resiz_TwoBoundFilter, &PreFrameImageGrayCpu, &CurFrameImageGrayCpu,
-        &PreFrameImageGrayBoundCpu, &CurFrameImageGrayBoundCpu, &PreFrameImageGrayBoundTempCpu,
-        &CurFrameImageGrayBoundTempCpu, &SorTempGrayImage, &DestTempGrayImage, &resiz_OneCL,
-        &resiz_TwoCL, &resiz_OneBoundCL, &resiz_TwoBoundCL, &resiz_OneBoundFilterCL,
-        &resiz_TwoBoundFilterCL}) {
+  for (unsigned char** plane : {&resiz_One,
+                                &resiz_Two,
+                                &resiz_OneBound,
+                                &resiz_TwoBound,
+                                &resiz_OneBoundFilter,
+                                &resiz_TwoBoundFilter,
+                                &PreFrameImageGrayCpu,
+                                &CurFrameImageGrayCpu,
+                                &PreFrameImageGrayBoundCpu,
+                                &CurFrameImageGrayBoundCpu,
+                                &PreFrameImageGrayBoundTempCpu,
+                                &CurFrameImageGrayBoundTempCpu,
+                                &SorTempGrayImage,
+                                &DestTempGrayImage,
+                                &resiz_OneCL,
+                                &resiz_TwoCL,
+                                &resiz_OneBoundCL,
+                                &resiz_TwoBoundCL,
+                                &resiz_OneBoundFilterCL,
+                                &resiz_TwoBoundFilterCL}) {
     ASSERT_EQ(*plane, nullptr);
     *plane = new unsigned char[padded]();
   }
