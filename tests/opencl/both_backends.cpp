@@ -60,6 +60,8 @@ void BothBackends::SetUp() {
     ASSERT_EQ(*plane, nullptr);
     *plane = new unsigned char[padded]();
   }
+  // Left by the last call of an earlier run.
+  clMotorflage = cpuMotorflage = false;
   journal_.take();
 }
 

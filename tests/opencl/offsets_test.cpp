@@ -66,11 +66,6 @@ class Offsets : public BothBackends {
     clMotordy = cpuMotordy = displacement.y;
     clMotorflage = cpuMotorflage = true;
   }
-
-  void TearDown() override {
-    clMotorflage = cpuMotorflage = false;
-    BothBackends::TearDown();
-  }
 };
 
 FRAMEQUILT_IN_EITHER_MEMORY(Offsets);
