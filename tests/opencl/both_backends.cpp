@@ -25,6 +25,12 @@ std::vector<Bytes> contents(std::size_t count, std::uint64_t seed) {
   return all;
 }
 
+Frame cutOf(PlaneSize size, int channels, SPoint corner) {
+  static const Scene gray(420, 500, 1, 21);
+  static const Scene colour(420, 500, 3, 21);
+  return (channels == 1 ? gray : colour).cut(corner.x, corner.y, size.rows, size.cols);
+}
+
 void BothBackends::SetUp() {
   ASSERT_TRUE(initJoint(kLargest.rows, kLargest.cols, 3, 1, 20000, 20000, 1, 0));
   ASSERT_TRUE(openclDeviceFlag);
@@ -54,6 +60,8 @@ void BothBackends::SetUp() {
     ASSERT_EQ(*plane, nullptr);
     *plane = new unsigned char[padded]();
   }
+  // Left by the last call of an earlier run.
+  clMotorflage = cpuMotorflage = false;
   journal_.take();
 }
 

@@ -12,9 +12,11 @@
 #include <string>
 #include <vector>
 
+#include "framequilt/records.h"
 #include "tests/opencl/device_fixture.h"
 #include "tests/opencl/journal.h"
 #include "tests/support/guarded.h"
+#include "tests/support/scene.h"
 
 struct PlaneSize {
   int rows, cols;
@@ -33,6 +35,30 @@ inline const std::vector<PlaneSize> kPlaneSizes = {
 
 /// `count` bytes of several natures: noise, one value, extremes side by side, little beside black.
 std::vector<Bytes> contents(std::size_t count, std::uint64_t seed);
+
+/// Calls `check(size, channels, first, second)` for every size, channel count and pair of images of
+/// several natures.
+template <class Check>
+void forEveryPair(Check check) {
+  for (const PlaneSize size : kPlaneSizes) {
+    for (const int channels : {1, 3}) {
+      SCOPED_TRACE(size.name() + " x " + std::to_string(channels));
+      const std::size_t bytes = size.bytes(channels);
+      const std::vector<Bytes> first = contents(bytes, 3);
+      const std::vector<Bytes> second = contents(bytes, 4);
+      for (std::size_t i = 0; i < first.size(); ++i) {
+        // Each nature beside itself and beside another one.
+        for (const std::size_t k : {i, (i + 1) % first.size()}) {
+          SCOPED_TRACE("natures " + std::to_string(i) + " and " + std::to_string(k));
+          check(size, channels, first[i], second[k]);
+        }
+      }
+    }
+  }
+}
+
+/// A cut of a scene with its top-left pixel at `corner`, the same scene for every channel count.
+Frame cutOf(PlaneSize size, int channels, SPoint corner = {40, 50});
 
 /// A run of the card for frames of up to 240 x 320 pixels of 3 channels, and one of the host with
 /// every plane that its functions work in.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// The measures and the fusion on a card, against those of the host.
+// The measures of frames and overlaps on a card, against those of the host.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -8,11 +8,9 @@
 
 #include "framequilt/tuning.h"
 #include "imaging/filter.h"
-#include "imaging/fusion.h"
 #include "imaging/gray.h"
 #include "imaging/motion.h"
 #include "imaging/overlap.h"
-#include "opencl/OpenclJointFusion.h"
 #include "opencl/OpenclJointMotion.h"
 #include "opencl/OpenclJointOverlap.h"
 #include "opencl/OpenclJointState.h"
@@ -25,28 +23,7 @@ namespace layer = framequilt::opencl_layer;
 
 using Entries = Journal::Entries;
 
-class Measures : public BothBackends {
- protected:
-  /// For every size, channel count and pair of images of several natures.
-  template <class Check>
-  static void forEveryPair(Check check) {
-    for (const PlaneSize size : kPlaneSizes) {
-      for (const int channels : {1, 3}) {
-        SCOPED_TRACE(size.name() + " x " + std::to_string(channels));
-        const std::size_t bytes = size.bytes(channels);
-        const std::vector<Bytes> first = contents(bytes, 3);
-        const std::vector<Bytes> second = contents(bytes, 4);
-        for (std::size_t i = 0; i < first.size(); ++i) {
-          // Each nature beside itself and beside another one.
-          for (const std::size_t k : {i, (i + 1) % first.size()}) {
-            SCOPED_TRACE("natures " + std::to_string(i) + " and " + std::to_string(k));
-            check(size, channels, first[i], second[k]);
-          }
-        }
-      }
-    }
-  }
-};
+class Measures : public BothBackends {};
 
 FRAMEQUILT_IN_EITHER_MEMORY(Measures);
 
@@ -283,61 +260,6 @@ TEST_P(Measures, SharpnessWithoutGrayPartsIsNoNumber) {
   }
 }
 
-// --- Fusion ---
-
-TEST_P(Measures, WeightsAreTheHosts) {
-  forEveryPair([](PlaneSize size, int channels, Bytes mosaic, Bytes frame) {
-    const Bytes formerMosaic = mosaic;
-    const Bytes formerFrame = frame;
-    Bytes host(size.bytes());
-    ASSERT_TRUE(weightofTwoAreaFun(mosaic.data(), frame.data(), size.rows, size.cols, channels, 0,
-                                   host.data()));
-    ASSERT_TRUE(
-        weightofTwoAreaFunCL(mosaic.data(), frame.data(), size.rows, size.cols, channels, 0));
-    ASSERT_EQ(readBack(AreaImageOneWeightCL, host.size()), host);
-    ASSERT_EQ(mosaic, formerMosaic);
-    ASSERT_EQ(frame, formerFrame);
-  });
-}
-
-TEST_P(Measures, FusionIsTheHostsAndLeavesTheFrameAlone) {
-  forEveryPair([](PlaneSize size, int channels, const Bytes& mosaic, const Bytes& frame) {
-    Bytes hostMosaic = mosaic;
-    Bytes hostFrame = frame;
-    ASSERT_TRUE(
-        twoImageFusion(hostMosaic.data(), hostFrame.data(), channels, 0, size.rows, size.cols));
-    Bytes cardMosaic = mosaic;
-    Bytes cardFrame = frame;
-    ASSERT_TRUE(
-        twoImageFusionCL(cardMosaic.data(), cardFrame.data(), channels, 0, size.rows, size.cols));
-    ASSERT_EQ(cardMosaic, hostMosaic);
-    ASSERT_EQ(cardFrame, frame);
-  });
-}
-
-TEST_P(Measures, FusionThatTheCardRefusesChangesNothing) {
-  for (const int channels : {1, 3}) {
-    SCOPED_TRACE(channels);
-    const PlaneSize size = {20, 30};
-    Bytes a = Random(10).bytes(size.bytes(channels));
-    Bytes b = Random(11).bytes(size.bytes(channels));
-    const Bytes formerA = a;
-    const Bytes formerB = b;
-    const auto expectRefused = [&](const char* call, int nth) {
-      SCOPED_TRACE(std::string(call) + " " + std::to_string(nth));
-      layer::failCall(call, nth, CL_OUT_OF_RESOURCES);
-      EXPECT_FALSE(twoImageFusionCL(a.data(), b.data(), channels, 0, size.rows, size.cols));
-      EXPECT_EQ(a, formerA);
-      EXPECT_EQ(b, formerB);
-      layer::clearFaults();
-    };
-    for (int nth = 1; nth <= 4; ++nth) expectRefused("clCreateBuffer", nth);
-    for (int nth = 1; nth <= 3; ++nth) expectRefused("clEnqueueNDRangeKernel", nth);
-    for (int nth = 1; nth <= 3; ++nth) expectRefused("clEnqueueMapBuffer", nth);
-    EXPECT_TRUE(twoImageFusionCL(a.data(), b.data(), channels, 0, size.rows, size.cols));
-  }
-}
-
 // --- Null ---
 
 TEST_P(Measures, NullIsRefusedWithALine) {
@@ -354,10 +276,6 @@ TEST_P(Measures, NullIsRefusedWithALine) {
     EXPECT_FALSE(calcOverLapImageBrightCL(a, b, 10, 10, 10, 10, 1, one, two));
     EXPECT_EQ(journal_.take(), refused);
     EXPECT_FALSE(calcOverLapImageDefinitionCL(a, b, 10, 10, 10, 10, 1, one, two));
-    EXPECT_EQ(journal_.take(), refused);
-    EXPECT_FALSE(weightofTwoAreaFunCL(a, b, 10, 10, 1, 0));
-    EXPECT_EQ(journal_.take(), refused);
-    EXPECT_FALSE(twoImageFusionCL(a, b, 1, 0, 10, 10));
     EXPECT_EQ(journal_.take(), refused);
   }
   EXPECT_EQ(one, 1);
