@@ -18,7 +18,6 @@ bool contains(const std::string& text, const char* part) {
   return text.find(part) != std::string::npos;
 }
 
-
 /// The stage that a kernel of the caller's thread belongs to.
 Stage stageOfKernel(const std::string& kernel, int stitchMode) {
   if (contains(kernel, "pretJudge")) return Stage::kPreJudgement;
@@ -136,8 +135,8 @@ const Rule kRules[] = {
 
 bool matches(const Rule& rule, const Step& step) {
   return rule.stage == step.stage &&
-         (rule.kinds.empty() || std::count(rule.kinds.begin(), rule.kinds.end(),
-                                           step.call.kind) > 0) &&
+         (rule.kinds.empty() ||
+          std::count(rule.kinds.begin(), rule.kinds.end(), step.call.kind) > 0) &&
          contains(step.call.kernel, rule.kernelPart);
 }
 
@@ -155,9 +154,9 @@ std::string Step::name() const {
   static const char* const kStages[] = {
       "pre-judgement", "pre-judgement of the reference", "corners", "motion", "overlap", "blend"};
   static const std::map<TraceKind, const char*> kKinds = {
-      {kCreate, "create"}, {kRelease, "release"}, {kSetArgument, "argument"}, {kLaunch, "launch"},
-      {kMap, "map"},       {kUnmap, "unmap"},     {kWrite, "write"},          {kFill, "fill"},
-      {kFinish, "finish"}};
+      {kCreate, "create"}, {kRelease, "release"}, {kSetArgument, "argument"},
+      {kLaunch, "launch"}, {kMap, "map"},         {kUnmap, "unmap"},
+      {kWrite, "write"},   {kFill, "fill"},       {kFinish, "finish"}};
   const auto kind = kKinds.find(call.kind);
   return std::string(kLanes[static_cast<int>(lane)]) + ", call " + std::to_string(nth) + ": " +
          kStages[static_cast<int>(stage)] + ", " + (kind != kKinds.end() ? kind->second : "?") +
