@@ -7,6 +7,8 @@
 #include <memory>
 #include <utility>
 
+#include "opencl/OpenclJointDevices.h"
+
 namespace {
 
 constexpr std::size_t kSide = 16;
@@ -51,13 +53,33 @@ const Device& Device::get() {
   return *device;
 }
 
-Device::Device() {
+namespace {
+
+cl_device_id firstDevice() {
   cl_platform_id platform = nullptr;
   cl_uint count = 0;
   if (clGetPlatformIDs(1, &platform, &count) != CL_SUCCESS || count == 0) {
     throw std::runtime_error("OpenCL tests need PoCL: run scripts/setup");
   }
-  requireSuccess(clGetDeviceIDs(platform, CL_DEVICE_TYPE_ALL, 1, &id_, nullptr), "clGetDeviceIDs");
+  cl_device_id found = nullptr;
+  requireSuccess(clGetDeviceIDs(platform, CL_DEVICE_TYPE_ALL, 1, &found, nullptr),
+                 "clGetDeviceIDs");
+  return found;
+}
+
+/// The one that the library would use.
+cl_device_id card() {
+  const std::vector<cl_platform_id> platforms = framequilt::openclPlatforms();
+  const framequilt::DeviceChoice choice =
+      framequilt::chooseDevice(platforms, framequilt::vendorPlatforms(platforms));
+  if (choice.platform < 0) throw std::runtime_error("there is no card that the library uses");
+  return choice.gpu;
+}
+
+}  // namespace
+
+Device::Device() {
+  id_ = std::getenv("FRAMEQUILT_TEST_ON_CARD") != nullptr ? card() : firstDevice();
   cl_int status = CL_SUCCESS;
   context_.reset(clCreateContext(nullptr, 1, &id_, nullptr, nullptr, &status));
   requireSuccess(status, "clCreateContext");
