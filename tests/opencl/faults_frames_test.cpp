@@ -2,8 +2,8 @@
 // Every OpenCL call of a frame fails once.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <set>
+#include <utility>
 
 #include "framequilt/framequilt.h"
 #include "opencl/OpenclJointState.h"

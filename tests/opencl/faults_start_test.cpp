@@ -3,7 +3,7 @@
 // missing; the next start has the card.
 #include <gtest/gtest.h>
 
-#include <optional>
+#include <iterator>
 
 #include "cpu/stitching_run.h"
 #include "framequilt/framequilt.h"

@@ -1,4 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <pthread.h>
+
+#include <thread>
+
 #include "tests/opencl/layer_fixture.h"
 
 using LayerFaults = LayerRunTest;
@@ -28,6 +32,17 @@ TEST_F(LayerFaults, NthOfAllCallsFails) {
   EXPECT_EQ(clFlush(queue_), CL_SUCCESS);
   EXPECT_EQ(clFinish(queue_), CL_OUT_OF_RESOURCES);
   EXPECT_EQ(clFinish(queue_), CL_SUCCESS);
+}
+
+TEST_F(LayerFaults, NthCallOfAThreadFails) {
+  layer::failCallOf(pthread_self(), 2, CL_OUT_OF_RESOURCES);
+  EXPECT_EQ(clFlush(queue_), CL_SUCCESS);
+  cl_int ofOther = CL_INVALID_VALUE;
+  std::thread([&] { ofOther = clFlush(queue_); }).join();
+  EXPECT_EQ(ofOther, CL_SUCCESS);
+  EXPECT_EQ(layer::faultsWaiting(), 1);
+  EXPECT_EQ(clFlush(queue_), CL_OUT_OF_RESOURCES);
+  EXPECT_EQ(layer::faultsWaiting(), 0);
 }
 
 TEST_F(LayerFaults, LostDeviceStaysLost) {
