@@ -8,15 +8,12 @@ set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
 # Contraction joins a product and a sum into one rounding where the machine can, so the same
 # source would give other bytes on other machines: it is off everywhere.
 #
-# A message that names a source file names its place in this tree, not on the machine it was built
-# on.
-#
 # GCC 12 warns of overlapping copies inside its own std::string, at any "literal" + string
 # (https://gcc.gnu.org/PR105651).
 function(framequilt_target_defaults target)
   target_compile_features(${target} PUBLIC cxx_std_20)
   target_compile_options(${target} PRIVATE
-    -ffp-contract=off -fmacro-prefix-map=${PROJECT_SOURCE_DIR}/= -Wall -Wextra -Wshadow -Wconversion
+    -ffp-contract=off -Wall -Wextra -Wshadow -Wconversion
     $<$<CXX_COMPILER_ID:GNU>:-Wno-restrict>
     $<$<BOOL:${FRAMEQUILT_WERROR}>:-Werror>)
   set_target_properties(${target} PROPERTIES

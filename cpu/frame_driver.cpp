@@ -207,6 +207,7 @@ bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameI
     std::memcpy(thedestImage_pre, theSorImageScale, workingBytes(channels));
     if (!framequilt::startMosaic(theSorImageScale, imgScaleRow, imgScaleCol, channels, outLeft,
                                  outRight, mosaic, flags)) {
+      framequilt::report(framequilt::kNotPlaced);
       return false;
     }
   }

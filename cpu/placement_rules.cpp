@@ -7,7 +7,6 @@
 #include "imaging/pixel_math.h"
 #include "imaging/region.h"
 #include "interface/mosaic_lock.h"
-#include "interface/report.h"
 
 namespace framequilt {
 namespace {
@@ -35,9 +34,7 @@ bool startMosaic(unsigned char* frame, int rows, int cols, int channels, SPoint&
   flags.position = start;
   topLeft = start;
   bottomRight = {start.x + cols, start.y + rows};
-  if (placeFrame(frame, rows, cols, channels, topLeft, bottomRight, mosaic)) return true;
-  report("willSmallImgToBigImgAssignRowCol failed");
-  return false;
+  return placeFrame(frame, rows, cols, channels, topLeft, bottomRight, mosaic);
 }
 
 bool holdsFrame(const cv::Mat& mosaic, SPoint position, int rows, int cols, int channels) {

@@ -14,13 +14,16 @@ namespace framequilt {
 constexpr int kStaticMotionLimit = 255;
 constexpr float kStaticOverlapLimit = 128.0F;
 
+/// Of a first frame that is larger than the mosaic: a line on the host, a text for the debug hook
+/// on a card.
+constexpr const char* kNotPlaced = "willSmallImgToBigImgAssignRowCol failed";
+
 /// From two channels on, a mosaic has colour.
 constexpr bool isColour(int channels) noexcept { return channels >= 2; }
 
 /// Makes a new black mosaic of 6000 x 6000 pixels and puts `frame` into its middle; sets the
 /// position in `flags` and both corners of the filled box. Holds the mosaic's lock meanwhile.
-/// \return False, after the line "willSmallImgToBigImgAssignRowCol failed", when the frame is
-///         larger than that.
+/// \return False when the frame is larger than that.
 bool startMosaic(unsigned char* frame, int rows, int cols, int channels, SPoint& topLeft,
                  SPoint& bottomRight, cv::Mat& mosaic, stitchflags& flags);
 

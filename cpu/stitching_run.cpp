@@ -7,6 +7,7 @@
 #include "cpu/corner_worker.h"
 #include "cpu/run_state.h"
 #include "cpu/working_buffers.h"
+#include "features/corner_budget.h"
 #include "features/features_state.h"
 #include "framequilt/tuning.h"
 #include "imaging/gray.h"
@@ -17,7 +18,6 @@ namespace {
 
 using framequilt::laneOne;
 using framequilt::laneTwo;
-using framequilt::product32;
 
 /// Ends the workers of a run that was started and not stopped.
 void stopFormerWorkers() {
@@ -32,11 +32,8 @@ void deriveSizes(int rows, int cols, int cornerBudget) {
   imgScaleRow = rows / scale;
   imgScaleCol = cols / scale;
   pvalue = cornerBudget;
-  numpoint =
-      product32(framequilt::sum32(pvalue, 8), framequilt::difference32(580, product32(80, scale))) /
-          16 -
-      100;
-  num5000 = product32(7, numpoint);
+  numpoint = framequilt::wantedCorners(pvalue, scale);
+  num5000 = framequilt::candidateCap(numpoint);
 }
 
 void describeFrames(int rows, int cols, int channels) {

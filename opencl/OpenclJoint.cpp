@@ -96,8 +96,8 @@ bool describeDevice(cl_device_id dev) {
   report("Device Frequency:" +
          std::to_string(numberOf<cl_int>(dev, CL_DEVICE_GLOBAL_MEM_CACHELINE_SIZE)) + "(Byte)");
 
-  std::array<char, kVersionCapacity> version{};
-  errNum = clGetDeviceInfo(dev, CL_DEVICE_VERSION, version.size() - 1, version.data(), nullptr);
+  std::array<char, kVersionCapacity + 1> version{};  // A zero behind whatever comes back.
+  errNum = clGetDeviceInfo(dev, CL_DEVICE_VERSION, kVersionCapacity, version.data(), nullptr);
   report(std::string("Device DeviceVersion:") + version.data());
   if (errNum != CL_SUCCESS) {
     reportUnended("There is NO GPU or CPU");
@@ -108,8 +108,8 @@ bool describeDevice(cl_device_id dev) {
 }
 
 std::string buildLog(cl_program prog, cl_device_id dev) {
-  std::vector<char> log(kBuildLogCapacity);
-  clGetProgramBuildInfo(prog, dev, CL_PROGRAM_BUILD_LOG, log.size() - 1, log.data(), nullptr);
+  std::vector<char> log(kBuildLogCapacity + 1);
+  clGetProgramBuildInfo(prog, dev, CL_PROGRAM_BUILD_LOG, kBuildLogCapacity, log.data(), nullptr);
   return log.data();
 }
 
@@ -150,7 +150,11 @@ cl_context CreateContext(cl_device_id* dev) {
 
 cl_command_queue CreateCommandQueue(cl_context ctx, cl_device_id dev) {
   const cl_command_queue queue = clCreateCommandQueue(ctx, dev, 0, nullptr);
-  if (queue == nullptr) reportUnended("Failed to create commandQueue for device 0");
+  if (queue == nullptr) {
+    reportUnended("Failed to create commandQueue for device 0");
+    return nullptr;
+  }
+  framequilt::noteCreated(queue);
   return queue;
 }
 

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -124,7 +125,7 @@ cl_int reduceForSearch(const Worker& worker, cl_mem gray, imgInfo info) {
   const int cols = gray_pointdownscal_colCL;
   const int factor = std::max(pointdownscalCL, 1);
   const bool fills = info.rows / factor >= rows && info.cols / factor == cols;
-  if (!fills && worker.reduced != nullptr && planeSize(rows, cols) > 0) {
+  if (!fills) {
     // A hinted strip fills only the beginning; nothing of an earlier frame may stay behind it.
     const cl_uchar black = 0;
     const cl_int status = clEnqueueFillBuffer(commandQueue, worker.reduced, &black, sizeof(black),
@@ -154,16 +155,36 @@ cl_int smooth(const Worker& worker, const Smoothing& smoothing, int rows, int co
   return status;
 }
 
+bool holds(cl_mem memory, std::size_t bytes) {
+  std::size_t size = 0;
+  return memory != nullptr &&
+         clGetMemObjectInfo(memory, CL_MEM_SIZE, sizeof(size), &size, nullptr) == CL_SUCCESS &&
+         size >= bytes;
+}
+
+/// Whether the planes have room for the search size. A `scaleCL` that does not set it leaves the
+/// one of an earlier run, which may be larger than the frames of this one.
+bool searchFits(const Worker& worker, cl_mem searched) {
+  const int rows = gray_pointdownscal_rowCL;
+  const int cols = gray_pointdownscal_colCL;
+  const int margin = 2 * framequilt::smoothingBorderCL();
+  const std::size_t padded = planeSize(rows + margin, cols + margin) * sizeof(float);
+  return holds(searched, planeSize(rows, cols)) && holds(worker.padded, padded) &&
+         holds(worker.paddedTemp, padded) &&
+         std::all_of(std::begin(worker.products), std::end(worker.products),
+                     [&](const Smoothing& product) {
+                       return holds(product.plane, planeSize(rows, cols) * sizeof(float));
+                     });
+}
+
 /// Everything up to the smoothed gradient products of `gray`.
 cl_int computeProducts(const Worker& worker, cl_mem gray, imgInfo info) {
   const int rows = gray_pointdownscal_rowCL;
   const int cols = gray_pointdownscal_colCL;
-  cl_mem searched = gray;
-  cl_int status = CL_SUCCESS;
-  if (pointdownscalCL != 1) {
-    status = reduceForSearch(worker, gray, info);
-    searched = worker.reduced;
-  }
+  const bool reduces = pointdownscalCL != 1;
+  const cl_mem searched = reduces ? worker.reduced : gray;
+  if (!searchFits(worker, searched)) return CL_INVALID_BUFFER_SIZE;
+  cl_int status = reduces ? reduceForSearch(worker, gray, info) : CL_SUCCESS;
   const auto& [xx, yy, xy] = worker.products;
   status |= worker.gradients(pixelGrid(rows, cols), Bytes{searched}, rows, cols, Floats{xx.plane},
                              Floats{yy.plane}, Floats{xy.plane});
@@ -191,10 +212,11 @@ void selectCorners(const Worker& worker, const Mapping& xx, const Mapping& yy, c
 }
 
 bool findCorners(const Worker& worker, cl_mem gray, imgInfo info, std::vector<SPoint>& corners) {
-  cl_int status = computeProducts(worker, gray, info);
   const std::size_t bytes =
       planeSize(gray_pointdownscal_rowCL, gray_pointdownscal_colCL) * sizeof(float);
-  if (status == CL_SUCCESS) {
+  const bool searches = bytes > 0;
+  cl_int status = searches ? computeProducts(worker, gray, info) : CL_SUCCESS;
+  if (searches && status == CL_SUCCESS) {
     const auto& [xx, yy, xy] = worker.products;
     const Mapping mappedXx(xx.plane, bytes, CL_MAP_READ, Mapping::Wait::kNot);
     const Mapping mappedYy(yy.plane, bytes, CL_MAP_READ, Mapping::Wait::kNot);

@@ -22,7 +22,8 @@ std::vector<cl_platform_id> openclPlatforms() {
   cl_uint count = 0;
   clGetPlatformIDs(0, nullptr, &count);
   std::vector<cl_platform_id> ids(count);
-  if (count > 0) clGetPlatformIDs(count, ids.data(), nullptr);
+  // Without their handles there is none.
+  if (count > 0 && clGetPlatformIDs(count, ids.data(), nullptr) != CL_SUCCESS) return {};
   return ids;
 }
 

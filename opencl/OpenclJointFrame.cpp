@@ -237,6 +237,7 @@ bool stitchingImageOffsetCL(unsigned char* src, unsigned char* dest, int frameIn
     if (!preJudgeReference(src, destInfo)) return false;
     if (!framequilt::startMosaic(theSorImageHostMap, imgScaleRowCL, imgScaleColCL, channels,
                                  outLeft, outRight, mosaic, flags)) {
+      debug(framequilt::kNotPlaced);
       return false;
     }
     std::memcpy(thedestImage_preCL, theSorImageHostMap, workingBytes(channels));

@@ -24,7 +24,10 @@ bool refuseNull() {
   return false;
 }
 
-constexpr int kColour = 3;
+/// Bytes of an image whose kernels take three a pixel from two channels on.
+std::size_t imageBytes(int rows, int cols, int channels) {
+  return planeSize(rows, cols, framequilt::isColour(channels) ? 3 : 1);
+}
 
 /// Masks of both images (255 where there is content, else 0) into the two distance maps.
 bool maskBoth(unsigned char* a, unsigned char* b, int rows, int cols, int channels) {

@@ -106,7 +106,13 @@ cl_int Mapping::unmap() {
   void* const data = std::exchange(data_, nullptr);
   const cl_mem buffer = std::exchange(buffer_, nullptr);
   if (data == nullptr) return CL_SUCCESS;
-  return clEnqueueUnmapMemObject(commandQueue, buffer, data, 0, nullptr, nullptr);
+  const auto unmapOnce = [&] {
+    return clEnqueueUnmapMemObject(commandQueue, buffer, data, 0, nullptr, nullptr);
+  };
+  const cl_int status = unmapOnce();
+  // A plane that stays mapped is lost to every later launch.
+  if (status != CL_SUCCESS) unmapOnce();
+  return status;
 }
 
 }  // namespace framequilt

@@ -111,6 +111,7 @@ class Mapping {
   unsigned char* bytes() const { return static_cast<unsigned char*>(data_); }
   float* floats() const { return static_cast<float*>(data_); }
   cl_int status() const { return status_; }
+  /// The status of the first attempt; one that fails is followed by a second.
   cl_int unmap();
 
  private:

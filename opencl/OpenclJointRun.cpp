@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <vector>
 
+#include "features/corner_budget.h"
 #include "framequilt/tuning.h"
 #include "imaging/pixel_math.h"
 #include "imaging/run_buffer.h"
@@ -23,7 +24,6 @@ using framequilt::ensure;
 using framequilt::openclLaneOne;
 using framequilt::openclLaneTwo;
 using framequilt::planeSize;
-using framequilt::product32;
 using framequilt::report;
 
 /// In the working directory; only for hosts that have not set `program` themselves.
@@ -91,11 +91,8 @@ void endThreadsSilently() {
 
 void deriveLimits(int cornerBudget) {
   pvalueCL = cornerBudget;
-  numpointCL = product32(framequilt::sum32(pvalueCL, 8),
-                         framequilt::difference32(580, product32(80, scaleCL))) /
-                   16 -
-               100;
-  num5000CL = product32(7, numpointCL);
+  numpointCL = framequilt::wantedCorners(pvalueCL, scaleCL);
+  num5000CL = framequilt::candidateCap(numpointCL);
 }
 
 void describeFrames(int rows, int cols, int channels) {

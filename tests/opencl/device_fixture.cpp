@@ -7,8 +7,13 @@
 
 namespace layer = framequilt::opencl_layer;
 
+namespace {
+
+constexpr const char* kKernelFile = "cl.bin";
+
+}  // namespace
+
 DeviceFixture::DeviceFixture(Memory memory) {
-  std::filesystem::copy_file(FRAMEQUILT_KERNELS, "cl.bin");
   // The first corner thread and the motion measure take turns.
   layer::allowSharedKernel("rgb2GaryKernel");
   layer::discreteMemory(memory == Memory::kDiscrete);
@@ -21,8 +26,17 @@ DeviceFixture::~DeviceFixture() {
   for (const std::string& violation : layer::violations()) ADD_FAILURE() << violation;
 }
 
-void DeviceFixture::withCard() { layer::presentDefault(); }
-void DeviceFixture::withoutCard() { layer::present({}); }
+void DeviceFixture::withCard() {
+  layer::presentDefault();
+  std::filesystem::copy_file(FRAMEQUILT_KERNELS, kKernelFile,
+                             std::filesystem::copy_options::skip_existing);
+}
+
+void DeviceFixture::withoutCard() {
+  layer::present({});
+  // A real card does not go away, but it is of no use without kernels.
+  if (!layer::loaded()) std::filesystem::remove(kKernelFile);
+}
 
 void expectOnlyKeptBuffer() {
   using layer::ObjectKind;

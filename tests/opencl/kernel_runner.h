@@ -8,7 +8,6 @@
 #include <CL/cl.h>
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <array>
 #include <cstddef>
 #include <cstring>
@@ -135,7 +134,7 @@ class KernelProgram {
   template <class T>
   static void setArgument(cl_kernel kernel, cl_uint index, const DeviceBuffer<T>& buffer) {
     const cl_mem memory = buffer.handle();
-    requireSuccess(clSetKernelArg(kernel, index, sizeof memory, &memory), "clSetKernelArg");
+    requireSuccess(clSetKernelArg(kernel, index, sizeof(cl_mem), &memory), "clSetKernelArg");
   }
   static void launch(cl_kernel kernel, const Grid& grid);
 
@@ -151,14 +150,16 @@ void runKernel(const std::string& name, const Grid& grid, const Arguments&... ar
 /// Bit for bit: the two zeros differ.
 template <class T>
 testing::AssertionResult sameBits(const std::vector<T>& expected, const std::vector<T>& actual) {
+  const auto differ = [](const void* one, const void* other, std::size_t elements) {
+    return std::memcmp(one, other, elements * sizeof(T)) != 0;
+  };
   if (expected.size() != actual.size()) {
     return testing::AssertionFailure() << actual.size() << " elements, not " << expected.size();
   }
-  for (std::size_t i = 0; i < expected.size(); ++i) {
-    if (std::memcmp(&expected[i], &actual[i], sizeof(T)) != 0) {
-      return testing::AssertionFailure() << "element " << i << " of " << expected.size() << " is "
-                                         << +actual[i] << ", not " << +expected[i];
-    }
-  }
-  return testing::AssertionSuccess();
+  if (!differ(expected.data(), actual.data(), expected.size())) return testing::AssertionSuccess();
+
+  std::size_t i = 0;
+  while (!differ(&expected[i], &actual[i], 1)) ++i;
+  return testing::AssertionFailure() << "element " << i << " of " << expected.size() << " is "
+                                     << +actual[i] << ", not " << +expected[i];
 }

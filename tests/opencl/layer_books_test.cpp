@@ -105,6 +105,21 @@ TEST_F(LayerBooks, LaunchWithABufferReleasedSinceIsRefused) {
                       "released before"});
 }
 
+TEST_F(LayerBooks, LaunchWithABufferThatHasANewOneInItsPlaceIsRefused) {
+  // Addresses come back soon, and need not.
+  for (int attempt = 0; attempt < 100; ++attempt) {
+    const cl_mem old = buffer(16);
+    ASSERT_EQ(setAddOne(old, 16), CL_SUCCESS);
+    clReleaseMemObject(old);
+    const cl_mem fresh = buffer(16);
+    layer::resetRecords();
+    EXPECT_EQ(launch(addOne_, 16), CL_INVALID_KERNEL_ARGS);
+    EXPECT_EQ(layer::violations().size(), 1u);
+    clReleaseMemObject(fresh);
+    if (fresh == old) break;
+  }
+}
+
 TEST_F(LayerBooks, LaunchWithANullBufferIsRefused) {
   ASSERT_EQ(setAddOne(nullptr, 16), CL_SUCCESS);
   EXPECT_EQ(launch(addOne_, 16), CL_INVALID_KERNEL_ARGS);
@@ -163,7 +178,7 @@ TEST_F(LayerBooks, KernelsOnTheListMayBeShared) {
   layer::allowSharedKernel("copyBytes");
   const cl_mem bytes = buffer(16);
   const cl_kernel copy = clCreateKernel(program_, "copyBytes", nullptr);
-  const auto set = [&] { clSetKernelArg(copy, 0, sizeof bytes, &bytes); };
+  const auto set = [&] { clSetKernelArg(copy, 0, sizeof(cl_mem), &bytes); };
   set();
   std::thread(set).join();
   EXPECT_EQ(layer::violations(), Sentences{});
@@ -200,6 +215,9 @@ TEST_F(LayerBooks, TraceHasSizesNamesAndThreads) {
   EXPECT_EQ(events[0].bytes, 64u);
   EXPECT_EQ(events[0].flags, cl_mem_flags{CL_MEM_READ_WRITE | CL_MEM_COPY_HOST_PTR});
   EXPECT_EQ(events[0].pointer, host.data());
+  EXPECT_GT(events[0].number, 0);
+  EXPECT_EQ(events[0].number, events[4].number);
+  EXPECT_EQ(events[0].number, events[7].number);
   EXPECT_EQ(events[2].kernel, "addOne");
   EXPECT_EQ(events[2].argument, 1u);
   EXPECT_EQ(events[2].value, (HostBytes{60, 0, 0, 0}));
@@ -232,7 +250,7 @@ TEST_F(LayerBooks, ThreadsMayWorkSideBySide) {
     for (int i = 0; i < 20; ++i) {
       const cl_mem bytes = clCreateBuffer(context_, CL_MEM_READ_WRITE, 16, nullptr, nullptr);
       const int count = 16;
-      clSetKernelArg(own, 0, sizeof bytes, &bytes);
+      clSetKernelArg(own, 0, sizeof(cl_mem), &bytes);
       clSetKernelArg(own, 1, sizeof count, &count);
       EXPECT_EQ(launch(own, 16), CL_SUCCESS);
       EXPECT_EQ(clFinish(queue_), CL_SUCCESS);

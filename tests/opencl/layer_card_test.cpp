@@ -132,11 +132,11 @@ TEST_F(LayerCard, BothMemoriesGiveTheSameResults) {
     const cl_kernel copy = clCreateKernel(program_, "copyBytes", nullptr);
     EXPECT_EQ(setAddOne(source, 100), CL_SUCCESS);
     EXPECT_EQ(launch(addOne_, 256), CL_SUCCESS);
-    clSetKernelArg(copy, 0, sizeof source, &source);
-    clSetKernelArg(copy, 1, sizeof copied, &copied);
+    clSetKernelArg(copy, 0, sizeof(cl_mem), &source);
+    clSetKernelArg(copy, 1, sizeof(cl_mem), &copied);
     EXPECT_EQ(launch(copy, 256), CL_SUCCESS);
     unsigned char* const seen = map(copied, CL_MAP_READ, 0, 256);
-    const HostBytes result(seen, seen + 256);
+    HostBytes result(seen, seen + 256);
     EXPECT_EQ(unmap(copied, seen), CL_SUCCESS);
     EXPECT_EQ(clFinish(queue_), CL_SUCCESS);
     clReleaseKernel(copy);

@@ -55,6 +55,17 @@ TEST_F(LayerFaults, FailedMapMapsNothing) {
   clReleaseMemObject(bytes);
 }
 
+TEST_F(LayerFaults, FailedUnmapLeavesItMapped) {
+  const cl_mem bytes = buffer(16);
+  void* const seen = map(bytes, CL_MAP_WRITE, 0, 16);
+  layer::failCall("clEnqueueUnmapMemObject", 1, CL_OUT_OF_RESOURCES);
+  EXPECT_EQ(unmap(bytes, seen), CL_OUT_OF_RESOURCES);
+  EXPECT_EQ(layer::live().mappings(), 1);
+  clReleaseMemObject(bytes);
+  EXPECT_EQ(layer::live().mappings(), 0);
+  EXPECT_EQ(layer::violations(), std::vector<std::string>{});
+}
+
 TEST_F(LayerFaults, FailedLaunchDoesNotRun) {
   const cl_mem bytes = buffer(1);
   const unsigned char five = 5;

@@ -73,7 +73,7 @@ __kernel void copyBytes(__global const uchar* from, __global uchar* to) {
   }
 
   cl_int setAddOne(cl_mem bytes, int count) {
-    const cl_int first = clSetKernelArg(addOne_, 0, sizeof bytes, &bytes);
+    const cl_int first = clSetKernelArg(addOne_, 0, sizeof(cl_mem), &bytes);
     const cl_int second = clSetKernelArg(addOne_, 1, sizeof count, &count);
     return first != CL_SUCCESS ? first : second;
   }

@@ -37,7 +37,8 @@ std::string textOf(cl_device_id device, cl_device_info name) {
 template <class T>
 T valueOf(cl_device_id device, cl_device_info name) {
   T value{};
-  EXPECT_EQ(clGetDeviceInfo(device, name, sizeof value, &value, nullptr), CL_SUCCESS);
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): also for handles, which point to structures.
+  EXPECT_EQ(clGetDeviceInfo(device, name, sizeof(T), &value, nullptr), CL_SUCCESS);
   return value;
 }
 
@@ -139,15 +140,15 @@ TEST_F(LayerPresentation, InventedHandlesAreRefused) {
 
 TEST_F(LayerPresentationInUse, ObjectsNameThePresentedDevice) {
   cl_device_id device = nullptr;
-  EXPECT_EQ(clGetContextInfo(context_, CL_CONTEXT_DEVICES, sizeof device, &device, nullptr),
+  EXPECT_EQ(clGetContextInfo(context_, CL_CONTEXT_DEVICES, sizeof(cl_device_id), &device, nullptr),
             CL_SUCCESS);
   EXPECT_EQ(device, device_);
   device = nullptr;
-  EXPECT_EQ(clGetCommandQueueInfo(queue_, CL_QUEUE_DEVICE, sizeof device, &device, nullptr),
+  EXPECT_EQ(clGetCommandQueueInfo(queue_, CL_QUEUE_DEVICE, sizeof(cl_device_id), &device, nullptr),
             CL_SUCCESS);
   EXPECT_EQ(device, device_);
   device = nullptr;
-  EXPECT_EQ(clGetProgramInfo(program_, CL_PROGRAM_DEVICES, sizeof device, &device, nullptr),
+  EXPECT_EQ(clGetProgramInfo(program_, CL_PROGRAM_DEVICES, sizeof(cl_device_id), &device, nullptr),
             CL_SUCCESS);
   EXPECT_EQ(device, device_);
   cl_uint count = 0;

@@ -10,6 +10,7 @@ int roundedUpQuotient(int side, int scale) { return (side + scale - 1) / scale; 
 
 void expectReduced(const char* name, int rows, int cols, int channels, const Bytes& image) {
   for (const int scale : {1, 2, 3, 4, 5, 6, 7, 8, 9, 62, 64, 66, 2147483647}) {
+    if (isEmulated() && scale > 4) continue;
     const int outRows = scale > rows ? 1 : roundedUpQuotient(rows, scale);
     const int outCols = scale > cols ? 1 : roundedUpQuotient(cols, scale);
     Bytes src = image;

@@ -12,6 +12,7 @@
 #pragma once
 
 #include <CL/cl.h>
+#include <pthread.h>
 
 #include <chrono>
 #include <cstddef>
@@ -63,14 +64,19 @@ FRAMEQUILT_OPENCL_LAYER_API void presentDefault();
 // --- Calls and faults ---
 
 /// The `nth` call of `entryPoint` from now (1: the next one) answers `code` once. It is not passed
-/// to the runtime; creators return null. But a release does release, so that nothing leaks there.
+/// to the runtime; creators return null. But a release does release, so that nothing leaks there,
+/// and a finish does wait, so that nothing works on in memory that the program then frees.
 /// Faults add up; those of one entry point each have their own count.
 FRAMEQUILT_OPENCL_LAYER_API void failCall(std::string_view entryPoint, int nth, cl_int code);
 /// The same, counted over the calls of all entry points.
 FRAMEQUILT_OPENCL_LAYER_API void failCall(int nthOfAll, cl_int code);
+/// The same, counted over the calls of one thread.
+FRAMEQUILT_OPENCL_LAYER_API void failCallOf(pthread_t thread, int nth, cl_int code);
 /// As a device that is lost: from the `nth` call of all from now on, every call answers `code`.
 FRAMEQUILT_OPENCL_LAYER_API void failEveryCallFrom(int nthOfAll, cl_int code);
 FRAMEQUILT_OPENCL_LAYER_API void clearFaults();
+/// Faults that no call has met yet.
+FRAMEQUILT_OPENCL_LAYER_API int faultsWaiting();
 
 /// Names of the entry points that were called since resetRecords(), in order; failed ones as well.
 FRAMEQUILT_OPENCL_LAYER_API std::vector<std::string> callLog();
@@ -102,6 +108,7 @@ enum class ObjectKind { kContext, kQueue, kProgram, kKernel, kBuffer, kEvent };
 struct LiveObject {
   ObjectKind kind;
   const void* handle;
+  int number;  ///< As in the sentences of violations(): from 1, in the order of creation.
   int references;
   std::string name;   ///< The function of a kernel, else empty.
   std::size_t bytes;  ///< Of a buffer, else 0.
@@ -129,7 +136,8 @@ FRAMEQUILT_OPENCL_LAYER_API Ledger live();
 
 /// What the program did wrong since resetRecords(), a sentence each:
 /// - a null, released or foreign handle given to any call (which is answered with the error for
-///   such handles and not passed on), hence also a double release;
+///   such handles and not passed on), hence also a double release; but one whose address the
+///   runtime has given to a new object of the same kind passes for that;
 /// - a launch of a kernel with a null, released or mapped buffer (answered CL_INVALID_KERNEL_ARGS);
 /// - an unmap of what is not mapped (answered CL_INVALID_VALUE);
 /// - a kernel object whose arguments are set by two threads (passed on);
@@ -160,6 +168,7 @@ struct TraceEvent {
   TraceKind kind{};
   ObjectKind object{};           ///< What kind of object `handle` is.
   const void* handle = nullptr;  ///< Created, released, built, launched, mapped, ...
+  int number = 0;                ///< Of that object; handles are given out again, numbers are not.
   std::string kernel{};          ///< Function, of creations, arguments and launches of kernels.
   const void* queue = nullptr;   ///< Of what is enqueued.
 

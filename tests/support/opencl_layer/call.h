@@ -85,7 +85,8 @@ class Call {
   cl_int error_ = CL_SUCCESS;
 };
 
-/// What every clGet...Info does with the answer it has.
+/// What every clGet...Info does with the answer it has, which may be a handle.
+// NOLINTBEGIN(bugprone-sizeof-expression): handles point to structures.
 cl_int answerInfo(const void* answer, std::size_t bytes, std::size_t room, void* value,
                   std::size_t* bytesOut);
 template <class T>
@@ -98,6 +99,7 @@ cl_int answerInfo(const std::vector<T>& answer, std::size_t room, void* value,
                   std::size_t* bytesOut) {
   return answerInfo(answer.data(), answer.size() * sizeof(T), room, value, bytesOut);
 }
+// NOLINTEND(bugprone-sizeof-expression)
 cl_int answerInfo(const std::string& answer, std::size_t room, void* value, std::size_t* bytesOut);
 
 /// The event of a call that succeeded, if one was asked for.

@@ -25,6 +25,7 @@ Properties listed(const cl_context_properties* properties) {
 cl_platform_id platformIn(const Properties& properties) {
   for (std::size_t i = 0; i + 1 < properties.size(); i += 2) {
     if (properties[i] == CL_CONTEXT_PLATFORM) {
+      // NOLINTNEXTLINE(performance-no-int-to-ptr): handles are listed as integers.
       return reinterpret_cast<cl_platform_id>(properties[i + 1]);
     }
   }

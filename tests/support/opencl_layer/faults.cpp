@@ -3,17 +3,26 @@
 
 #include <algorithm>
 #include <mutex>
+#include <optional>
 #include <random>
+#include <string>
 #include <thread>
+#include <utility>
 
 namespace framequilt::opencl_layer {
 namespace {
 
 struct Fault {
-  std::string entryPoint;  // Empty: of all.
+  std::string entryPoint;           // Empty: of all.
+  std::optional<pthread_t> thread;  // None: of all.
   int callsBefore;
   cl_int code;
   bool stays;
+
+  bool means(const char* call) const {
+    return (entryPoint.empty() || entryPoint == call) &&
+           (!thread || pthread_equal(*thread, pthread_self()) != 0);
+  }
 };
 
 struct Calls {
@@ -29,9 +38,9 @@ Calls& calls() {
   return all;
 }
 
-void arm(std::string_view entryPoint, int nth, cl_int code, bool stays) {
+void arm(Fault fault) {
   const std::lock_guard lock(calls().mutex);
-  calls().faults.push_back({std::string(entryPoint), nth - 1, code, stays});
+  calls().faults.push_back(std::move(fault));
 }
 
 }  // namespace
@@ -43,7 +52,7 @@ cl_int countCall(const char* entryPoint) {
   cl_int code = CL_SUCCESS;
   std::vector<Fault> later;
   for (Fault& fault : calls().faults) {
-    const bool meant = fault.entryPoint.empty() || fault.entryPoint == entryPoint;
+    const bool meant = fault.means(entryPoint);
     const bool due = meant && fault.callsBefore == 0;
     if (due && code == CL_SUCCESS) code = fault.code;
     if (meant && fault.callsBefore > 0) --fault.callsBefore;
@@ -70,12 +79,21 @@ void forgetCalls() {
 }
 
 void failCall(std::string_view entryPoint, int nth, cl_int code) {
-  arm(entryPoint, nth, code, false);
+  arm({std::string(entryPoint), {}, nth - 1, code, false});
 }
 
-void failCall(int nthOfAll, cl_int code) { arm("", nthOfAll, code, false); }
+void failCall(int nthOfAll, cl_int code) { arm({{}, {}, nthOfAll - 1, code, false}); }
 
-void failEveryCallFrom(int nthOfAll, cl_int code) { arm("", nthOfAll, code, true); }
+void failCallOf(pthread_t thread, int nth, cl_int code) { arm({{}, thread, nth - 1, code, false}); }
+
+void failEveryCallFrom(int nthOfAll, cl_int code) { arm({{}, {}, nthOfAll - 1, code, true}); }
+
+int faultsWaiting() {
+  const std::lock_guard lock(calls().mutex);
+  return static_cast<int>(
+      std::count_if(calls().faults.begin(), calls().faults.end(),
+                    [](const Fault& fault) { return !fault.stays || fault.callsBefore > 0; }));
+}
 
 void clearFaults() {
   const std::lock_guard lock(calls().mutex);

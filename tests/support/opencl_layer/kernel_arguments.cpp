@@ -17,11 +17,16 @@ namespace {
 
 enum class Parameter { kBuffer, kOther, kUnknown };
 
+struct BufferArgument {
+  cl_mem handle = nullptr;
+  int number = 0;  // The handle may be another buffer's by the time of the launch.
+};
+
 struct Kernel {
   std::string function;
   std::vector<Parameter> parameters;
-  std::map<cl_uint, cl_mem> buffers;  // By index; null ones too.
-  int setter = 0;                     // Thread; 0: none yet.
+  std::map<cl_uint, BufferArgument> buffers;  // By index; null ones too.
+  int setter = 0;                             // Thread; 0: none yet.
   bool reported = false;
 };
 
@@ -49,17 +54,19 @@ Parameter parameter(cl_kernel kernel, cl_uint index) {
 }
 
 // The argument if it is a buffer, null ones included.
-bool asBuffer(Parameter parameter, std::size_t bytes, const void* value, cl_mem* buffer) {
+bool asBuffer(Parameter parameter, std::size_t bytes, const void* value, BufferArgument* buffer) {
   if (parameter == Parameter::kOther || bytes != sizeof(cl_mem)) return false;
-  *buffer = nullptr;
-  if (value != nullptr) std::memcpy(buffer, value, sizeof(cl_mem));
+  *buffer = {};
+  if (value != nullptr) std::memcpy(&buffer->handle, value, sizeof(cl_mem));
+  buffer->number = numberOf(buffer->handle);
   if (parameter == Parameter::kBuffer) return true;
-  return value != nullptr && stateOfBuffer(*buffer) != BufferState::kForeign;
+  return stateOfBuffer(buffer->handle, buffer->number) != BufferState::kForeign;
 }
 
-const char* complaint(cl_mem buffer) {
-  if (buffer == nullptr) return "is a null buffer";
-  switch (stateOfBuffer(buffer)) {
+// Null: nothing is wrong with it.
+const char* complaint(const BufferArgument& buffer) {
+  if (buffer.handle == nullptr) return "is a null buffer";
+  switch (stateOfBuffer(buffer.handle, buffer.number)) {
     case BufferState::kForeign:
       return "is no buffer";
     case BufferState::kGone:
@@ -125,17 +132,16 @@ bool noteArgument(cl_kernel handle, cl_uint index, std::size_t bytes, const void
   Kernel& kernel = kernels().all[handle];
   noteSetter(kernel);
 
-  const Parameter parameter =
-      index < kernel.parameters.size() ? kernel.parameters[index] : Parameter::kUnknown;
-  cl_mem buffer = nullptr;
-  if (!asBuffer(parameter, bytes, value, &buffer)) {
+  if (index >= kernel.parameters.size()) return true;  // The runtime's to refuse.
+  BufferArgument buffer;
+  if (!asBuffer(kernel.parameters[index], bytes, value, &buffer)) {
     kernel.buffers.erase(index);
     return true;
   }
   kernel.buffers[index] = buffer;
-  if (buffer == nullptr) return true;
-  const BufferState state = stateOfBuffer(buffer);
-  if (state == BufferState::kReady || state == BufferState::kMapped) return true;
+  const BufferState state = stateOfBuffer(buffer.handle, buffer.number);
+  const bool exists = state == BufferState::kReady || state == BufferState::kMapped;
+  if (buffer.handle == nullptr || exists) return true;
   recordViolation("clSetKernelArg: " + sentence(kernel, index, complaint(buffer)));
   return false;
 }
@@ -156,7 +162,9 @@ bool mayLaunch(const char* entryPoint, cl_kernel handle) {
 std::vector<const void*> buffersOf(cl_kernel handle) {
   const std::lock_guard lock(kernels().mutex);
   std::vector<const void*> found;
-  for (const auto& [index, buffer] : kernels().all[handle].buffers) found.push_back(buffer);
+  for (const auto& [index, buffer] : kernels().all[handle].buffers) {
+    found.push_back(buffer.handle);
+  }
   return found;
 }
 

@@ -132,15 +132,26 @@ bool noteUnmapped(const char* entryPoint, cl_mem buffer, const void* pointer, Ma
   return true;
 }
 
-BufferState stateOfBuffer(cl_mem buffer) {
+int numberOf(const void* handle) {
+  const std::lock_guard lock(books().mutex);
+  for (const auto* const objects : {&books().alive, &books().gone}) {
+    const auto found = objects->find(handle);
+    if (found != objects->end()) return found->second.number;
+  }
+  return 0;
+}
+
+BufferState stateOfBuffer(cl_mem buffer, int number) {
   const std::lock_guard lock(books().mutex);
   const auto alive = books().alive.find(buffer);
-  if (alive != books().alive.end() && alive->second.kind == ObjectKind::kBuffer) {
+  const bool isBuffer = alive != books().alive.end() && alive->second.kind == ObjectKind::kBuffer;
+  if (isBuffer && alive->second.number == number) {
     return alive->second.mappings.empty() ? BufferState::kReady : BufferState::kMapped;
   }
   const auto gone = books().gone.find(buffer);
   const bool wasBuffer = gone != books().gone.end() && gone->second.kind == ObjectKind::kBuffer;
-  return wasBuffer ? BufferState::kGone : BufferState::kForeign;
+  // Another buffer at the same address: that of this number is gone.
+  return isBuffer || wasBuffer ? BufferState::kGone : BufferState::kForeign;
 }
 
 Ledger live() {
@@ -148,8 +159,8 @@ Ledger live() {
   std::vector<std::pair<int, LiveObject>> numbered;
   for (const auto& [handle, object] : books().alive) {
     numbered.push_back({object.number,
-                        {object.kind, handle, object.references, object.name, object.bytes,
-                         static_cast<int>(object.mappings.size())}});
+                        {object.kind, handle, object.number, object.references, object.name,
+                         object.bytes, static_cast<int>(object.mappings.size())}});
   }
   std::sort(numbered.begin(), numbered.end(),
             [](const auto& a, const auto& b) { return a.first < b.first; });

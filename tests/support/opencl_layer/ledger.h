@@ -31,8 +31,12 @@ void noteMapped(cl_mem buffer, const Mapping& mapping);
 /// False: `pointer` is not mapped. Else the mapping is gone, and copied to `found`.
 bool noteUnmapped(const char* entryPoint, cl_mem buffer, const void* pointer, Mapping* found);
 
+/// Of the object that has or had this handle last; 0: none. Addresses are given out again, numbers
+/// are not.
+int numberOf(const void* handle);
+
 enum class BufferState { kForeign, kGone, kMapped, kReady };
-/// Nothing goes on record.
-BufferState stateOfBuffer(cl_mem buffer);
+/// Of the buffer with this number, if it has one. Nothing goes on record.
+BufferState stateOfBuffer(cl_mem buffer, int number);
 
 }  // namespace framequilt::opencl_layer

@@ -90,7 +90,7 @@ cl_int CL_API_CALL getProgramInfo(cl_program program, cl_program_info name, size
   cl_context context = nullptr;
   const cl_int status =
       callRuntime(runtime().clGetProgramInfo, program, cl_program_info{CL_PROGRAM_CONTEXT},
-                  sizeof context, static_cast<void*>(&context), nullptr);
+                  sizeof(cl_context), static_cast<void*>(&context), nullptr);
   if (status != CL_SUCCESS) return status;
   const std::vector<cl_device_id> devices = devicesOf(context);
   if (name == CL_PROGRAM_DEVICES) return answerInfo(devices, room, value, bytesOut);

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tests/support/opencl_layer/faults.h"
+#include "tests/support/opencl_layer/ledger.h"
 
 namespace framequilt::opencl_layer {
 namespace {
@@ -32,6 +33,7 @@ int threadNumber() {
 
 void record(TraceEvent event) {
   event.thread = threadNumber();
+  event.number = numberOf(event.handle);
   const std::lock_guard lock(records().mutex);
   records().trace.push_back(std::move(event));
 }

@@ -9,7 +9,7 @@
 
 namespace framequilt::opencl_layer {
 
-/// Adds the calling thread's number.
+/// Adds the numbers of the object and of the calling thread.
 void record(TraceEvent event);
 void recordViolation(std::string sentence);
 void forgetTraceAndViolations();

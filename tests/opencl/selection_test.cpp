@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: Apache-2.0
+// Which backend the entry points choose, and what a start that the device refuses leaves to the
+// host's run.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <string>
+
+#include "framequilt/framequilt.h"
+#include "tests/opencl/run_objects.h"
+#include "tests/opencl/start_fixture.h"
+#include "tests/run/captures.h"
+
+namespace layer = framequilt::opencl_layer;
+
+namespace {
+
+const Messages kHostStopped = {"pthread_join model_pid success", "pthread_join match_pid success"};
+
+class Selection : public StartFixture {
+ protected:
+  ~Selection() override { uinitJoint(); }
+
+  static bool open(int stitchMode = 1, int staticDynamicFlag = 1) {
+    return initJoint(240, 320, 1, 1, 40000, 40000, stitchMode, staticDynamicFlag);
+  }
+};
+
+/// Feeds an open run two frames that overlap; the second has to be joined.
+void expectFrameIsJoined() {
+  const RoundTrip trip(CaptureKind{1, 1, 1, 1});
+  Frame reference = trip.frame(0);
+  Frame frame = trip.frame(1);
+  SPoint left{}, right{};
+  cv::Mat mosaic;
+  stitchflags flags{};
+  EXPECT_EQ(stichingImagedJoint(reference.bytes.data(), frame.bytes.data(), 0, 1, 0, 0, false, left,
+                                right, mosaic, flags),
+            0);
+  EXPECT_EQ(flags.position, (SPoint{3000 - 160, 3000 - 120} + trip.corner(1) - trip.corner(0)));
+}
+
+TEST_F(Selection, CardServesTheRun) {
+  EXPECT_TRUE(open(0, 0));
+  EXPECT_TRUE(openclDeviceFlag);
+  EXPECT_EQ(recorded_.take(),
+            (Messages{debugText("0 == GStitchMainMode"), debugText("0 == GstaticMainDynamicFlag")} +
+             kStartBegins + kDeviceLines + Messages{debugText("init out")}));
+  EXPECT_TRUE(uinitJoint());
+  EXPECT_FALSE(openclDeviceFlag);
+  EXPECT_EQ(recorded_.take(), kStopped);
+}
+
+TEST_F(Selection, HostServesTheRunWithoutACard) {
+  withoutCard();
+  EXPECT_TRUE(open(0, 1));
+  EXPECT_FALSE(openclDeviceFlag);
+  EXPECT_EQ(recorded_.take(), (Messages{debugText("0 == GStitchMainMode")} + kStartBegins +
+                               Messages{debugText("commandQueue failed")}));
+  EXPECT_TRUE(uinitJoint());
+  EXPECT_EQ(recorded_.take(), kHostStopped);
+}
+
+TEST_F(Selection, MotionModeIsNotAnnounced) {
+  withoutCard();
+  EXPECT_TRUE(open(1, 0));
+  EXPECT_EQ(recorded_.take(), kStartBegins + Messages{debugText("commandQueue failed")});
+}
+
+TEST_F(Selection, FrameIsAnnouncedAndItsFailure) {
+  ASSERT_TRUE(open());
+  recorded_.take();
+  std::vector<unsigned char> frame(240 * 320);
+  SPoint left{}, right{};
+  cv::Mat mosaic;
+  stitchflags flags{};
+  EXPECT_EQ(
+      stichingImagedJoint(nullptr, frame.data(), 0, 1, 0, 0, false, left, right, mosaic, flags),
+      -1);
+  EXPECT_EQ(
+      recorded_.take(),
+      (Messages{debugText("stichingImagedJointCL in"), debugText("stitchingImageOffsetCL 0"),
+                "stitchingImageOffset ptr is null", debugText("stichingImagedJointCL failed")}));
+}
+
+TEST_F(Selection, RunsAlternateBetweenCardAndHost) {
+  for (const bool card : {true, false, true}) {
+    card ? withCard() : withoutCard();
+    ASSERT_TRUE(open());
+    EXPECT_EQ(openclDeviceFlag, card);
+    expectFrameIsJoined();
+    EXPECT_TRUE(uinitJoint());
+    EXPECT_EQ(threadCalls().running, 0);
+    expectOnlyKeptBuffer();
+  }
+}
+
+TEST_F(Selection, StartWithNeitherBackend) {
+  withoutCard();
+  watchThreads(1);
+  EXPECT_FALSE(open());
+  EXPECT_FALSE(openclDeviceFlag);
+  EXPECT_EQ(recorded_.take().back(), "ALG_template_model_init_process_pthread faled");
+  EXPECT_TRUE(uinitJoint());
+}
+
+TEST_F(Selection, ColourWithAlphaIsTheHosts) {
+  EXPECT_TRUE(initJoint(24, 32, 4, 1, 40000, 40000, 1, 1));
+  EXPECT_FALSE(openclDeviceFlag);
+  EXPECT_EQ(recorded_.take(), kStartBegins);
+  EXPECT_EQ(layer::callCount(), 0);
+}
+
+TEST_F(Selection, SecondStartThatTheCardRefusesIsTheHosts) {
+  ASSERT_TRUE(open());
+  EXPECT_TRUE(initJoint(24, 32, 2, 1, 40000, 40000, 1, 1));
+  EXPECT_FALSE(openclDeviceFlag);
+  expectOnlyKeptBuffer();
+  EXPECT_EQ(threadCalls().running, 2);
+  EXPECT_EQ(context, nullptr);
+}
+
+// --- Whatever the device refuses, the host's run works ---
+
+struct Refusal {
+  const char* name;
+  void (*prepare)();
+  /// What is said last.
+  Messages last;
+};
+
+void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.name; }
+
+class RefusedStart : public Selection, public testing::WithParamInterface<Refusal> {};
+
+TEST_P(RefusedStart, LeavesNothingToTheHostsRun) {
+  GetParam().prepare();
+  EXPECT_TRUE(open());
+  EXPECT_FALSE(openclDeviceFlag);
+  Messages messages = recorded_.take();
+  const Messages& last = GetParam().last;
+  ASSERT_GE(messages.size(), last.size());
+  messages.erase(messages.begin(), messages.end() - static_cast<std::ptrdiff_t>(last.size()));
+  EXPECT_EQ(messages, last);
+
+  EXPECT_FALSE(one_pidCLFlag);
+  EXPECT_FALSE(two_pidCLFlag);
+  EXPECT_EQ(threadCalls().running, 2) << "the host's";
+  EXPECT_EQ(context, nullptr);
+  EXPECT_EQ(commandQueue, nullptr);
+  EXPECT_EQ(program, nullptr);
+  for (const KernelOfRun& row : kernelsOfRun()) EXPECT_EQ(*row.global, nullptr) << row.name;
+  EXPECT_EQ(theSorImageTempCL, nullptr);
+  expectOnlyKeptBuffer();
+
+  layer::resetRecords();
+  expectFrameIsJoined();
+  recorded_.take();
+  EXPECT_TRUE(uinitJoint());
+  EXPECT_EQ(recorded_.take(), kHostStopped);
+  EXPECT_EQ(layer::callCount(), 0);
+
+  // The next start has the card again.
+  layer::clearFaults();
+  std::filesystem::copy_file(FRAMEQUILT_KERNELS, "cl.bin",
+                             std::filesystem::copy_options::overwrite_existing);
+  withCard();
+  ASSERT_TRUE(open());
+  EXPECT_TRUE(openclDeviceFlag);
+  expectFrameIsJoined();
+}
+
+const Refusal kRefusals[] = {
+    {"NoPlatform", [] { layer::present({}); }, {debugText("commandQueue failed")}},
+    {"OtherPlatform",
+     [] { layer::present({{.name = "Portable"}}); },
+     {debugText("commandQueue failed")}},
+    {"SmallCard",
+     [] { layer::present({{.devices = {{.globalMemoryBytes = 4095 * layer::kMegabyte}}}}); },
+     {"Device Frequency:4095(MB)", debugText("commandQueue failed")}},
+    {"Context",
+     [] { layer::failCall("clCreateContext", 1, CL_OUT_OF_HOST_MEMORY); },
+     {"create context error ", debugText("commandQueue failed")}},
+    {"Queue",
+     [] { layer::failCall("clCreateCommandQueue", 1, CL_OUT_OF_HOST_MEMORY); },
+     {"Failed to create commandQueue for device 0", debugText("commandQueue failed")}},
+    {"NoKernelFile",
+     [] { std::filesystem::remove("cl.bin"); },
+     {"Failed to create CL program for source"}},
+    {"Program",
+     [] {
+       layer::failCall("clBuildProgram", 1, CL_BUILD_PROGRAM_FAILURE);
+       layer::failCall("clGetProgramBuildInfo", 1, CL_OUT_OF_HOST_MEMORY);
+     },
+     {"Error in kernel:"}},
+    {"ThreadOne", [] { watchThreads(1); }, {"ALG_template_model_init_process_pthread faled"}},
+    {"ThreadTwo", [] { watchThreads(2); }, {"ALG_search_match_init_process_pthread faled"}},
+    {"FirstKernel",
+     [] { layer::failCall("clCreateKernel", 1, CL_INVALID_KERNEL_NAME); },
+     {debugText("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed"),
+      debugText("clCreateKernel createKernel failed")}},
+    {"LastKernel",
+     [] { layer::failCall("clCreateKernel", 36, CL_INVALID_KERNEL_NAME); },
+     {"clCreateKernel getWeightImageClKernel failed",
+      debugText("clCreateKernel createKernel failed")}}};
+
+INSTANTIATE_TEST_SUITE_P(Starts, RefusedStart, testing::ValuesIn(kRefusals),
+                         [](const auto& refusal) { return std::string(refusal.param.name); });
+
+}  // namespace
