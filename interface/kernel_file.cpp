@@ -39,7 +39,7 @@ std::string ifReadable(const fs::path& file) {
 std::string kernelFileFor(const fs::path& folder) {
   if (folder.empty()) return {};
   for (const char* place : {FRAMEQUILT_KERNEL_FILE_FROM_LIBRARY, "share/framequilt/cl.bin"}) {
-    const std::string found = ifReadable(folder / place);
+    std::string found = ifReadable(folder / place);
     if (!found.empty()) return found;
   }
   return {};
