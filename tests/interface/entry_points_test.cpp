@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
-// A host that includes no header of the library and has a backend and a debug hook of its own: the
+// A host that includes no header of the library and has backends and a debug hook of its own: the
 // entry points call these in place of the library's.
 #include <gtest/gtest.h>
 
@@ -45,6 +45,12 @@ std::string call(const std::string& name, const std::vector<long long>& argument
 #define HOST __attribute__((visibility("default")))
 
 HOST void CrossPlatformOutputDebugString(char* text) { events.emplace_back(text); }
+
+/// There is no card; tests/opencl/scripted_backends_test.cpp has one.
+HOST bool initJointCL(int /*rows*/, int /*cols*/, int /*channels*/, int /*budget*/, int /*maxRow*/,
+                      int /*maxCol*/) {
+  return false;
+}
 
 HOST bool initJointCpu(int rows, int cols, int channels, int budget, int maxRow, int maxCol) {
   events.push_back(call("start", {rows, cols, channels, budget, maxRow, maxCol, GStitchMode,
