@@ -9,6 +9,7 @@
 #include "framequilt/framequilt.h"
 #include "tests/opencl/device_fixture.h"
 #include "tests/support/capture_run.h"
+#include "tests/support/points.h"
 #include "tests/support/scene.h"
 
 namespace {
