@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <iterator>
 #include <optional>
 #include <vector>
 
@@ -20,6 +19,7 @@
 #include "interface/debug.h"
 #include "interface/report.h"
 #include "opencl/OpenclJointKernels.h"
+#include "opencl/OpenclJointObjects.h"
 
 namespace {
 
@@ -155,26 +155,14 @@ cl_int smooth(const Worker& worker, const Smoothing& smoothing, int rows, int co
   return status;
 }
 
-bool holds(cl_mem memory, std::size_t bytes) {
-  std::size_t size = 0;
-  return memory != nullptr &&
-         clGetMemObjectInfo(memory, CL_MEM_SIZE, sizeof(size), &size, nullptr) == CL_SUCCESS &&
-         size >= bytes;
-}
-
 /// Whether the planes have room for the search size. A `scaleCL` that does not set it leaves the
 /// one of an earlier run, which may be larger than the frames of this one.
-bool searchFits(const Worker& worker, cl_mem searched) {
+bool searchFits() {
   const int rows = gray_pointdownscal_rowCL;
   const int cols = gray_pointdownscal_colCL;
   const int margin = 2 * framequilt::smoothingBorderCL();
-  const std::size_t padded = planeSize(rows + margin, cols + margin) * sizeof(float);
-  return holds(searched, planeSize(rows, cols)) && holds(worker.padded, padded) &&
-         holds(worker.paddedTemp, padded) &&
-         std::all_of(std::begin(worker.products), std::end(worker.products),
-                     [&](const Smoothing& product) {
-                       return holds(product.plane, planeSize(rows, cols) * sizeof(float));
-                     });
+  return planeSize(rows, cols) <= planeSize(imgScaleRowCL, imgScaleColCL) &&
+         planeSize(rows + margin, cols + margin) <= framequilt::paddedSearchPixels();
 }
 
 /// Everything up to the smoothed gradient products of `gray`.
@@ -183,7 +171,7 @@ cl_int computeProducts(const Worker& worker, cl_mem gray, imgInfo info) {
   const int cols = gray_pointdownscal_colCL;
   const bool reduces = pointdownscalCL != 1;
   const cl_mem searched = reduces ? worker.reduced : gray;
-  if (!searchFits(worker, searched)) return CL_INVALID_BUFFER_SIZE;
+  if (!searchFits()) return CL_INVALID_BUFFER_SIZE;
   cl_int status = reduces ? reduceForSearch(worker, gray, info) : CL_SUCCESS;
   const auto& [xx, yy, xy] = worker.products;
   status |= worker.gradients(pixelGrid(rows, cols), Bytes{searched}, rows, cols, Floats{xx.plane},

@@ -168,10 +168,7 @@ std::size_t bytesOf(Extent extent, int channels) {
     case Extent::kFloats:
       return workingPlane(0) * sizeof(cl_float);
     case Extent::kPaddedFloats:
-      // The padded image of the corner search is the larger one for tiny frames.
-      return std::max(workingPlane(0), planeSize(imgScaleRowCL / 2 + 2 * kWindowHalf,
-                                                 imgScaleColCL / 2 + 2 * kWindowHalf)) *
-             sizeof(cl_float);
+      return framequilt::paddedSearchPixels() * sizeof(cl_float);
     case Extent::kFrame:
       return planeSize(imgScaleRowCL, imgScaleColCL, channels);
     case Extent::kPlane:
@@ -257,3 +254,13 @@ void Cleanup() {
   releaseAndForget(program, clReleaseProgram);
   releaseAndForget(context, clReleaseContext);
 }
+
+namespace framequilt {
+
+std::size_t paddedSearchPixels() {
+  // The padded image of the corner search is the larger one for tiny frames.
+  return std::max(workingPlane(0), planeSize(imgScaleRowCL / 2 + 2 * kWindowHalf,
+                                             imgScaleColCL / 2 + 2 * kWindowHalf));
+}
+
+}  // namespace framequilt

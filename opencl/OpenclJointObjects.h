@@ -5,6 +5,8 @@
 
 #include <CL/cl.h>
 
+#include <cstddef>
+
 #include "framequilt/export.h"
 
 /// Creates every kernel that is still null. False, after its message, at the first that the program
@@ -23,3 +25,10 @@ FRAMEQUILT_EXPORT bool clReleaseMemObjectsImg();
 
 /// Releases buffers, kernels, queue, program and context, and sets them to null.
 FRAMEQUILT_EXPORT void Cleanup();
+
+namespace framequilt {
+
+/// Floats that each padded plane of the corner search has room for.
+std::size_t paddedSearchPixels();
+
+}  // namespace framequilt

@@ -26,7 +26,7 @@ class EmulatedRun : public DeviceFixture, public testing::WithParamInterface<int
 
   static std::vector<FrameOutcome> play(const RunSettings& settings, bool onCard) {
     onCard ? withCard() : withoutCard();
-    const Scene scene(kRows + 60, kCols + 80, settings.channels, 5);
+    const Scene scene(kRows + 60, kCols + 80, settings.channels, 8);
     CaptureRun run(settings);
     EXPECT_EQ(openclDeviceFlag, onCard);
     std::vector<FrameOutcome> outcomes;
