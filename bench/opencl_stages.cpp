@@ -12,6 +12,7 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
+#include <exception>
 #include <functional>
 #include <opencv2/core.hpp>
 #include <opencv2/imgproc.hpp>
@@ -274,20 +275,17 @@ cv::Size sizeOf(const std::string& text) {
   return size;
 }
 
-}  // namespace
-
-int main(int count, char** arguments) {
+int run(int count, char** arguments) {
   Options options;
   CLI::App app("Times each stage of a frame on the host and on an OpenCL device");
   app.add_flag("--any-device", options.anyDevice, "Take the first device of the first platform");
   app.add_option("--runs", options.runs, "Runs of each stage")->check(CLI::Range(1, 1000));
   app.add_option("--sizes", options.sizes, "Frame sizes, WIDTHxHEIGHT");
   app.add_option("--kernels", options.kernels, "The kernel file");
-  CLI11_PARSE(app, count, arguments);
-
-  framequilt::setReportSink([](const char*, std::size_t, void*) {}, nullptr);
-  std::puts("| frames | stage | host (ms) | OpenCL (ms) | ratio |\n|---|---|---|---|---|");
   try {
+    app.parse(count, arguments);
+    framequilt::setReportSink([](const char*, std::size_t, void*) {}, nullptr);
+    std::puts("| frames | stage | host (ms) | OpenCL (ms) | ratio |\n|---|---|---|---|---|");
     for (const std::string& size : options.sizes) {
       for (const int channels : {1, 3}) {
         if (!printTable(sizeOf(size), channels, options)) return 1;
@@ -297,4 +295,15 @@ int main(int count, char** arguments) {
     return app.exit(error);
   }
   return 0;
+}
+
+}  // namespace
+
+int main(int count, char** arguments) {
+  try {
+    return run(count, arguments);
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "opencl_stages: %s\n", failure.what());
+    return 1;
+  }
 }

@@ -19,7 +19,8 @@ std::size_t overshooting(int side) {
 template <class T>
 cl_int setValue(cl_kernel kernel, cl_uint index, const T& value) {
   if (kernel == nullptr) return CL_INVALID_KERNEL;
-  return clSetKernelArg(kernel, index, sizeof(value), &value);
+  // NOLINTNEXTLINE(bugprone-sizeof-expression): a handle is a pointer, and that is what is passed.
+  return clSetKernelArg(kernel, index, sizeof(T), &value);
 }
 
 cl_int setMemory(cl_kernel kernel, cl_uint index, cl_mem memory) {

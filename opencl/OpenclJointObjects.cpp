@@ -195,7 +195,7 @@ void releaseAndForget(Handle& handle, Release release) {
 bool fits(cl_mem buffer, cl_context ctx, std::size_t bytes) {
   cl_context owner = nullptr;
   std::size_t size = 0;
-  clGetMemObjectInfo(buffer, CL_MEM_CONTEXT, sizeof(owner), &owner, nullptr);
+  clGetMemObjectInfo(buffer, CL_MEM_CONTEXT, sizeof(cl_context), &owner, nullptr);
   clGetMemObjectInfo(buffer, CL_MEM_SIZE, sizeof(size), &size, nullptr);
   return owner == ctx && size >= bytes;
 }
