@@ -4,7 +4,6 @@
 #include <cstddef>
 
 #include "cpu/placement_rules.h"
-#include "framequilt/tuning.h"
 #include "imaging/pixel_math.h"
 #include "interface/debug.h"
 #include "interface/report.h"

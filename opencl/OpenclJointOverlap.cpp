@@ -2,7 +2,6 @@
 #include "opencl/OpenclJointOverlap.h"
 
 #include <cstddef>
-#include <cstring>
 #include <limits>
 
 #include "cpu/placement_rules.h"
