@@ -24,17 +24,19 @@ bool refuseNull() {
   return false;
 }
 
-/// Bytes of an image whose kernels take three a pixel from two channels on.
-std::size_t imageBytes(int rows, int cols, int channels) {
-  return planeSize(rows, cols, framequilt::isColour(channels) ? 3 : 1);
+constexpr int kColour = 3;
+
+std::size_t imageBytes(int rows, int cols, bool colour) {
+  return planeSize(rows, cols, colour ? kColour : 1);
 }
 
 /// Masks of both images (255 where there is content, else 0) into the two distance maps.
 bool maskBoth(unsigned char* a, unsigned char* b, int rows, int cols, int channels) {
-  const std::size_t bytes = imageBytes(rows, cols, channels);
+  const bool colour = channels == kColour;
+  const std::size_t bytes = imageBytes(rows, cols, colour);
   HostBuffer one(a, bytes);
   HostBuffer two(b, bytes);
-  const auto& mask = framequilt::isColour(channels) ? framequilt::maskColour : framequilt::maskGray;
+  const auto& mask = colour ? framequilt::maskColour : framequilt::maskGray;
   errNum = one.status() | two.status();
   if (errNum != CL_SUCCESS) return false;
   errNum = mask(pixelGrid(rows, cols), one.bytes(), two.bytes(), rows, cols,
@@ -65,10 +67,12 @@ bool spreadBoth(int rows, int cols) {
 
 /// Fuses into `ImageReCL`.
 bool fuseBoth(unsigned char* a, unsigned char* b, int rows, int cols, int channels) {
-  const std::size_t bytes = imageBytes(rows, cols, channels);
+  // As on the host, three bytes a pixel from two channels on.
+  const bool colour = framequilt::isColour(channels);
+  const std::size_t bytes = imageBytes(rows, cols, colour);
   HostBuffer one(a, bytes);
   HostBuffer two(b, bytes);
-  const auto& fuse = framequilt::isColour(channels) ? framequilt::fuseColour : framequilt::fuseGray;
+  const auto& fuse = colour ? framequilt::fuseColour : framequilt::fuseGray;
   errNum = one.status() | two.status();
   if (errNum != CL_SUCCESS) return false;
   errNum = fuse(pixelGrid(rows, cols), one.bytes(), two.bytes(), Bytes{AreaImageOneWeightCL}, rows,

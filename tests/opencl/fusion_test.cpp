@@ -35,6 +35,17 @@ TEST_P(Fusion, WeightsAreTheHosts) {
   });
 }
 
+// As on the host, only three channels make a pixel of three bytes here.
+TEST_P(Fusion, WeightsOfTwoChannelsTakeAByteAPixel) {
+  forEveryPair([](PlaneSize size, int /*channels*/, Bytes mosaic, Bytes frame) {
+    Bytes host(size.bytes());
+    ASSERT_TRUE(
+        weightofTwoAreaFun(mosaic.data(), frame.data(), size.rows, size.cols, 2, 0, host.data()));
+    ASSERT_TRUE(weightofTwoAreaFunCL(mosaic.data(), frame.data(), size.rows, size.cols, 2, 0));
+    ASSERT_EQ(readBack(AreaImageOneWeightCL, host.size()), host);
+  });
+}
+
 TEST_P(Fusion, FusionIsTheHostsAndLeavesTheFrameAlone) {
   forEveryPair([](PlaneSize size, int channels, const Bytes& mosaic, const Bytes& frame) {
     Bytes hostMosaic = mosaic;
