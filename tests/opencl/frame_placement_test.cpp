@@ -23,8 +23,6 @@ namespace {
 
 using namespace frame_rules;
 
-using Entries = Journal::Entries;
-
 class FramePlacement : public Fixture {};
 FRAMEQUILT_IN_EITHER_MEMORY(FramePlacement);
 
@@ -193,7 +191,7 @@ TEST_P(FramePlacement, BlendOfNullIsRefusedWithALine) {
   EXPECT_FALSE(stitchingImageImageblendCL(cv::Mat(9, 9, CV_8UC1), nullptr, {0, 1, kRows, kCols}, {},
                                           left, right, {}, left, right, position, info, mosaic,
                                           theSorImageTempCL));
-  EXPECT_EQ(journal.take(), Entries{Journal::line("stitchingImageImageblend ptr is null")});
+  EXPECT_EQ(journal.take(), Entries{"stitchingImageImageblend ptr is null"});
   EXPECT_EQ(position, (SPoint{5, 6}));
   EXPECT_TRUE(mosaic.empty());
 }

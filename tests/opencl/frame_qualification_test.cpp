@@ -17,8 +17,6 @@ using namespace frame_rules;
 
 namespace layer = framequilt::opencl_layer;
 
-using Entries = Journal::Entries;
-
 class FrameQualification : public Fixture {};
 FRAMEQUILT_IN_EITHER_MEMORY(FrameQualification);
 
@@ -116,8 +114,8 @@ TEST_P(FrameQualification, NullIsRefusedWithItsLines) {
   Journal journal;
   Frame frame = flat(60);
   unsigned char* const some = frame.bytes.data();
-  const std::string refused = Journal::line("stitchingImageOffset ptr is null");
-  const std::string isNull = Journal::line("thedestImage is NULL");
+  const std::string refused = "stitchingImageOffset ptr is null";
+  const std::string isNull = "thedestImage is NULL";
   const std::string startText = Journal::debug("stitchingImageOffsetCL 0");
   const auto expectRunState = [&](const Call& call) {
     EXPECT_EQ(call.result, -1);
@@ -147,7 +145,7 @@ TEST_P(FrameQualification, NoFrameIsTakenBeforeAStartNorAfterAStop) {
     const Call call = callCard(frame.bytes.data(), frame.bytes.data(), frameIndex);
     EXPECT_EQ(call.result, -1);
     EXPECT_TRUE(call.mosaic.empty());
-    EXPECT_EQ(journal.take().back(), Journal::line("stitchingImageOffset ptr is null"));
+    EXPECT_EQ(journal.take().back(), "stitchingImageOffset ptr is null");
     EXPECT_EQ(layer::callCount(), 0);
     EXPECT_EQ(frame.bytes, flat(0).bytes);
   };

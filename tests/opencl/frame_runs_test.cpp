@@ -23,22 +23,18 @@ namespace {
 
 namespace layer = framequilt::opencl_layer;
 
-using Entries = Journal::Entries;
-
 const std::string kEntered = Journal::debug("stichingImagedJointCL in");
 const std::string kFirst = Journal::debug("stitchingImageOffsetCL 0");
 const std::string kLater = Journal::debug("stitchingImageOffsetCL 1");
-const std::string kPreJudged = Journal::line("pretJudgeCh1Kernel::::::::::::::0");
-const std::string kEstimates = Journal::line("imageMosaicFun in");
+const std::string kPreJudged = "pretJudgeCh1Kernel::::::::::::::0";
+const std::string kEstimates = "imageMosaicFun in";
 const std::string kByMotion = Journal::debug("1== GStitchMode");
 const std::string kByOverlap = Journal::debug("0 == GStitchMode");
 const std::string kQualifies = Journal::debug("flags.stitch_flags = 1;");
 const std::string kDoesNot = Journal::debug("flags.stitch_flags = 0;");
 const std::string kFailed = Journal::debug("stichingImagedJointCL failed");
 
-std::string blendedAt(int distance) {
-  return Journal::line("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(distance));
-}
+std::string blendedAt(int distance) { return "kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(distance); }
 
 class FrameRuns : public EitherMemory {
  protected:

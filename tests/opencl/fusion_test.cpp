@@ -15,8 +15,6 @@ namespace {
 
 namespace layer = framequilt::opencl_layer;
 
-using Entries = Journal::Entries;
-
 class Fusion : public BothBackends {};
 FRAMEQUILT_IN_EITHER_MEMORY(Fusion);
 
@@ -87,7 +85,7 @@ TEST_P(Fusion, FusionThatTheCardRefusesChangesNothing) {
 TEST_P(Fusion, NullIsRefusedWithALine) {
   Bytes image(100, 7);
   unsigned char* const some = image.data();
-  const Entries refused = {Journal::line("ptr is null")};
+  const Entries refused = {"ptr is null"};
   for (const auto& [a, b] : {std::pair<unsigned char*, unsigned char*>{nullptr, some},
                              {some, nullptr},
                              {nullptr, nullptr}}) {

@@ -5,51 +5,75 @@
 #include <framequilt/report_sink.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cstddef>
+#include <mutex>
+#include <thread>
 #include <utility>
 
 namespace {
 
-std::atomic<Journal*> open = nullptr;
+struct Pages {
+  std::mutex mutex;
+  bool open = false;
+  std::thread::id caller;
+  Entries ofCaller, ofWorkers;
+};
 
-void addLine(const char* line, std::size_t length, void* journal) {
-  static_cast<Journal*>(journal)->add(Journal::line({line, length}));
+// Never destroyed: threads of the library may still speak while the process ends.
+Pages& thePages() {
+  static Pages& instance = *new Pages;
+  return instance;
+}
+
+void add(std::string entry) {
+  Pages& pages = thePages();
+  const std::lock_guard lock(pages.mutex);
+  if (!pages.open) return;
+  const bool byCaller = std::this_thread::get_id() == pages.caller;
+  (byCaller ? pages.ofCaller : pages.ofWorkers).push_back(std::move(entry));
+}
+
+void addLine(const char* line, std::size_t length, void* /*context*/) { add({line, length}); }
+
+void turnTheLeaf(bool open) {
+  Pages& pages = thePages();
+  const std::lock_guard lock(pages.mutex);
+  pages.open = open;
+  pages.caller = std::this_thread::get_id();
+  pages.ofCaller.clear();
+  pages.ofWorkers.clear();
 }
 
 }  // namespace
 
 // Takes the place of the library's empty one.
-void CrossPlatformOutputDebugString(char* text) {
-  Journal* const journal = open;
-  if (journal != nullptr) journal->add(Journal::debug(text));
+__attribute__((visibility("default"))) void CrossPlatformOutputDebugString(char* text) {
+  add(Journal::debug(text));
 }
 
 Journal::Journal() {
-  framequilt::setReportSink(&addLine, this);
-  open = this;
+  turnTheLeaf(true);
+  framequilt::setReportSink(&addLine, nullptr);
 }
 
 Journal::~Journal() {
-  open = nullptr;
   framequilt::setReportSink(nullptr, nullptr);
+  turnTheLeaf(false);
 }
 
-std::string Journal::line(std::string_view text) { return std::string("line: ").append(text); }
 std::string Journal::debug(std::string_view text) { return std::string("debug: ").append(text); }
 
-void Journal::add(std::string entry) {
-  const std::lock_guard lock(mutex_);
-  (std::this_thread::get_id() == caller_ ? ofCaller_ : ofWorkers_).push_back(std::move(entry));
+Entries Journal::take() {
+  Pages& pages = thePages();
+  const std::lock_guard lock(pages.mutex);
+  return std::exchange(pages.ofCaller, {});
 }
 
-Journal::Entries Journal::take() {
-  const std::lock_guard lock(mutex_);
-  return std::exchange(ofCaller_, {});
+Entries Journal::takeOfWorkers() {
+  Pages& pages = thePages();
+  const std::lock_guard lock(pages.mutex);
+  std::sort(pages.ofWorkers.begin(), pages.ofWorkers.end());
+  return std::exchange(pages.ofWorkers, {});
 }
 
-Journal::Entries Journal::takeOfWorkers() {
-  const std::lock_guard lock(mutex_);
-  std::sort(ofWorkers_.begin(), ofWorkers_.end());
-  return std::exchange(ofWorkers_, {});
-}
+void Journal::letThrough() { framequilt::setReportSink(nullptr, nullptr); }

@@ -10,7 +10,7 @@
 
 #include "opencl/OpenclJoint.h"
 #include "tests/opencl/device_fixture.h"
-#include "tests/opencl/recorded_messages.h"
+#include "tests/opencl/journal.h"
 #include "tests/opencl/source_line.h"
 #include "tests/support/captured_output.h"
 
@@ -36,7 +36,7 @@ const char kNoSource[] = "Failed to create CL program for source";
 
 class KernelFile : public DeviceFixture {
  protected:
-  RecordedMessages recorded_;
+  Journal journal_;
 };
 
 TEST_F(KernelFile, ContentComesBackByteForByte) {
@@ -46,7 +46,7 @@ TEST_F(KernelFile, ContentComesBackByteForByte) {
   const Block block = readFile("some.bin");
   ASSERT_NE(block, nullptr);
   EXPECT_EQ(std::string(block.get(), content.size()), content);
-  EXPECT_EQ(recorded_.take(), Messages{});
+  EXPECT_EQ(journal_.take(), Entries{});
 }
 
 TEST_F(KernelFile, SizeMayBeNull) {
@@ -58,7 +58,7 @@ TEST_F(KernelFile, SizeMayBeNull) {
 
 TEST_F(KernelFile, MissingFile) {
   EXPECT_EQ(readFile("folder/no file.bin"), nullptr);
-  const Messages messages = recorded_.take();
+  const Entries messages = journal_.take();
   ASSERT_EQ(messages.size(), 1U);
   EXPECT_EQ(withoutLineNumber(messages[0]),
             "opencl/OpenclJoint.cpp at  LINE :Can't open folder/no file.bin");
@@ -69,7 +69,7 @@ TEST_F(KernelFile, FilesWithNothingToRead) {
   std::filesystem::create_directory("folder.bin");
   for (const std::string name : {"empty", "folder"}) {
     EXPECT_EQ(readFile(name + ".bin"), nullptr);
-    const Messages messages = recorded_.take();
+    const Entries messages = journal_.take();
     ASSERT_EQ(messages.size(), 1U);
     EXPECT_EQ(withoutLineNumber(messages[0]),
               "opencl/OpenclJoint.cpp at LINE:can't read source " + name + ".bin");
@@ -79,7 +79,7 @@ TEST_F(KernelFile, FilesWithNothingToRead) {
 class KernelProgram : public DeviceFixture {
  protected:
   KernelProgram() {
-    const RecordedMessages ignored;
+    const Journal ignored;
     context_ = CreateContext(&device_);
   }
   ~KernelProgram() override {

@@ -21,8 +21,6 @@ namespace {
 
 namespace layer = framequilt::opencl_layer;
 
-using Entries = Journal::Entries;
-
 class Measures : public BothBackends {};
 
 FRAMEQUILT_IN_EITHER_MEMORY(Measures);
@@ -267,7 +265,7 @@ TEST_P(Measures, NullIsRefusedWithALine) {
   unsigned char* const some = image.data();
   float one = 1;
   float two = 2;
-  const Entries refused = {Journal::line("ptr is null")};
+  const Entries refused = {"ptr is null"};
   for (const auto& [a, b] : {std::pair<unsigned char*, unsigned char*>{nullptr, some},
                              {some, nullptr},
                              {nullptr, nullptr}}) {

@@ -11,7 +11,7 @@
 #include "opencl/OpenclJointObjects.h"
 #include "opencl/OpenclJointState.h"
 #include "tests/opencl/device_fixture.h"
-#include "tests/opencl/recorded_messages.h"
+#include "tests/opencl/journal.h"
 #include "tests/opencl/run_objects.h"
 #include "tests/support/captured_output.h"
 
@@ -77,7 +77,7 @@ class Objects : public DeviceFixture {
  protected:
   Objects() {
     context = CreateContext(&device);
-    recorded_.take();
+    journal_.take();
   }
   ~Objects() override {
     layer::clearFaults();
@@ -89,7 +89,7 @@ class Objects : public DeviceFixture {
 
   void SetUp() override { ASSERT_NE(context, nullptr); }
 
-  RecordedMessages recorded_;
+  Journal journal_;
 };
 
 class Kernels : public Objects {
@@ -124,7 +124,7 @@ TEST_F(Kernels, AllAreCreatedInOrderUnderTheirNames) {
   EXPECT_EQ(handlesOf(created), kernelHandles());
   EXPECT_EQ(rgb2GaryUcharKernelTwo, nullptr);
   EXPECT_EQ(rgb2GaryFloatKernel, nullptr);
-  EXPECT_EQ(recorded_.take(), Messages{});
+  EXPECT_EQ(journal_.take(), Entries{});
 }
 
 TEST_F(Kernels, SecondCreationCreatesNothing) {
@@ -154,14 +154,14 @@ TEST_F(Kernels, EachFailureHasItsMessageAndIsResumed) {
     SCOPED_TRACE(kernelsOfRun()[missing].name);
     layer::failCall("clCreateKernel", static_cast<int>(missing) + 1, CL_INVALID_KERNEL_NAME);
     EXPECT_FALSE(createKernel(program));
-    EXPECT_EQ(recorded_.take(), Messages{kernelsOfRun()[missing].message});
+    EXPECT_EQ(journal_.take(), Entries{kernelsOfRun()[missing].message});
     for (std::size_t i = 0; i < kernelsOfRun().size(); ++i) {
       EXPECT_EQ(*kernelsOfRun()[i].global != nullptr, i < missing) << kernelsOfRun()[i].name;
     }
     layer::resetRecords();
     EXPECT_TRUE(createKernel(program));
     EXPECT_EQ(kernelsOf(events(TraceKind::kCreate, ObjectKind::kKernel)), namesFrom(missing));
-    EXPECT_EQ(recorded_.take(), Messages{});
+    EXPECT_EQ(journal_.take(), Entries{});
     releaseKernel();
   }
 }
@@ -179,7 +179,7 @@ TEST_F(Kernels, LinesAreWrittenWithALineEndAndDebugTextsAreNotPrinted) {
   const auto outputOfFailure = [this](int nth) {
     layer::failCall("clCreateKernel", nth, CL_OUT_OF_RESOURCES);
     return standardOutputOf([this] {
-      recorded_.letThrough();
+      journal_.letThrough();
       EXPECT_FALSE(createKernel(program));
     });
   };
@@ -191,7 +191,7 @@ TEST_F(Kernels, LinesAreWrittenWithALineEndAndDebugTextsAreNotPrinted) {
 TEST_F(Kernels, FileWithoutTheLastKernel) {
   ASSERT_TRUE(buildWith("getWeightImageKernelOther", "getWeightImageKernel"));
   EXPECT_FALSE(createKernel(program));
-  EXPECT_EQ(recorded_.take(), Messages{"clCreateKernel getWeightImageClKernel failed"});
+  EXPECT_EQ(journal_.take(), Entries{"clCreateKernel getWeightImageClKernel failed"});
   EXPECT_EQ(layer::live().count(ObjectKind::kKernel), 35);
   EXPECT_EQ(getWeightImageClKernel, nullptr);
 }
@@ -200,8 +200,9 @@ TEST_F(Kernels, FileWithTheFirstKernelInOtherLetters) {
   ASSERT_TRUE(buildWith("opencvcopyFilter2DBorderRowUcharMode",  //
                         "opencvcopyFilter2DBorderRowUhcarMode"));
   EXPECT_FALSE(createKernel(program));
-  EXPECT_EQ(recorded_.take(),
-            Messages{debugText("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed")});
+  EXPECT_EQ(
+      journal_.take(),
+      Entries{Journal::debug("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed")});
   EXPECT_EQ(layer::callCount("clCreateKernel"), 1);
   EXPECT_EQ(layer::live().count(ObjectKind::kKernel), 0);
 }
@@ -241,7 +242,7 @@ TEST_F(Buffers, SizesInOrder) {
     EXPECT_TRUE(clReleaseMemObjectsImg());
     releaseKeptBuffer();
   }
-  EXPECT_EQ(recorded_.take(), Messages{});
+  EXPECT_EQ(journal_.take(), Entries{});
 }
 
 TEST_F(Buffers, SecondCreationCreatesNothing) {
@@ -261,7 +262,7 @@ TEST_F(Buffers, EachFailureHasItsMessageAndTheOthersAreCreated) {
     layer::failCall("clCreateBuffer", static_cast<int>(missing) + 1,
                     CL_MEM_OBJECT_ALLOCATION_FAILURE);
     EXPECT_TRUE(create(24, 32, 3));
-    EXPECT_EQ(recorded_.take(), buffersOfRun()[missing].messages);
+    EXPECT_EQ(journal_.take(), buffersOfRun()[missing].messages);
     for (std::size_t i = 0; i < buffersOfRun().size(); ++i) {
       EXPECT_EQ(*buffersOfRun()[i].global == nullptr, i == missing) << i + 1;
     }
@@ -355,7 +356,7 @@ TEST_F(Kernels, CleanupReleasesEverythingInOrder) {
   layer::resetRecords();
   Cleanup();
   EXPECT_EQ(layer::callCount(), 0);
-  EXPECT_EQ(recorded_.take(), Messages{});
+  EXPECT_EQ(journal_.take(), Entries{});
 }
 
 }  // namespace

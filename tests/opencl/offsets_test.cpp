@@ -22,8 +22,6 @@ namespace {
 
 namespace layer = framequilt::opencl_layer;
 
-using Entries = Journal::Entries;
-
 struct Estimate {
   bool found = false;
   int dx = -1, dy = -1, count = -1;
@@ -79,7 +77,7 @@ TEST_P(Offsets, AreTheHosts) {
       const Frame frame = cutOf(kLargest, channels, {60 + step.x, 80 + step.y});
       journal_.take();
       const Estimate card = onCard(reference, frame);
-      EXPECT_EQ(journal_.take(), Entries{Journal::line("imageMosaicFun in")});
+      EXPECT_EQ(journal_.take(), Entries{"imageMosaicFun in"});
       expectSame(card, onHost(reference, frame));
       EXPECT_TRUE(card.found);
       EXPECT_EQ((SPoint{card.dx, card.dy}), step);
@@ -135,7 +133,7 @@ TEST_P(Offsets, OfNullAreRefusedWithALine) {
   const imgInfo info = {0, 1, kLargest.rows, kLargest.cols};
   EXPECT_FALSE(imageMosaicFunCL(nullptr, image.data(), info, dx, dy, count));
   EXPECT_FALSE(imageMosaicFunCL(image.data(), nullptr, info, dx, dy, count));
-  EXPECT_EQ(journal_.take(), Entries(2, Journal::line("ptr is null")));
+  EXPECT_EQ(journal_.take(), Entries(2, "ptr is null"));
   EXPECT_EQ(dx, 1);
   EXPECT_EQ(dy, 2);
   EXPECT_EQ(count, 3);

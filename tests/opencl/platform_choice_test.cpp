@@ -9,7 +9,7 @@
 #include "framequilt/tuning.h"
 #include "opencl/OpenclJoint.h"
 #include "tests/opencl/device_fixture.h"
-#include "tests/opencl/recorded_messages.h"
+#include "tests/opencl/journal.h"
 #include "tests/support/captured_output.h"
 
 namespace layer = framequilt::opencl_layer;
@@ -32,14 +32,14 @@ FakePlatform platform(const std::string& name, std::vector<FakeDevice> devices) 
 }
 
 /// The lines about the layer's device with these megabytes, up to them.
-Messages linesUpToMemory(const std::string& megabytes) {
+Entries linesUpToMemory(const std::string& megabytes) {
   return {"Compute Units Number:16", "Device Frequency:1500(MHz)",
           "Device Frequency:" + megabytes + "(MB)"};
 }
 
 /// All lines about the layer's default device.
-Messages linesOfDevice() {
-  Messages lines = linesUpToMemory("8192");
+Entries linesOfDevice() {
+  Entries lines = linesUpToMemory("8192");
   lines.insert(lines.end(), {"Device Frequency:128(Byte)", "Device DeviceVersion:OpenCL 1.2 test"});
   return lines;
 }
@@ -67,7 +67,7 @@ class PlatformChoice : public DeviceFixture {
     slots_ = {nullptr, untouched};
     created_ = CreateContext(slots_.data());
     EXPECT_EQ(slots_[1], untouched);
-    messages_ = recorded_.take();
+    messages_ = journal_.take();
     return created_ == nullptr ? std::string() : nameOfDevice(slots_[0]);
   }
 
@@ -77,15 +77,15 @@ class PlatformChoice : public DeviceFixture {
     return name.data();
   }
 
-  RecordedMessages recorded_;
+  Journal journal_;
   std::array<cl_device_id, 2> slots_{};
   cl_context created_ = nullptr;
-  Messages messages_;
+  Entries messages_;
 };
 
 TEST_F(PlatformChoice, NoPlatformNoContext) {
   EXPECT_EQ(choose({}), "");
-  EXPECT_EQ(messages_, Messages{});
+  EXPECT_EQ(messages_, Entries{});
   EXPECT_EQ(AMDidx, 77) << "nothing was looked at";
   EXPECT_EQ(NVIDIAidx, 77);
 }
@@ -95,7 +95,7 @@ TEST_F(PlatformChoice, PlatformsOfOtherNamesAreNotLookedAt) {
       choose({platform("Intel(R) OpenCL"), platform("amd"), platform("Nvidia"), platform("nVIDIA"),
               platform(" AMD"), platform("AM"), platform("NV"), platform("")}),
       "");
-  EXPECT_EQ(messages_, Messages{});
+  EXPECT_EQ(messages_, Entries{});
   EXPECT_EQ(AMDidx, -1);
   EXPECT_EQ(NVIDIAidx, -1);
   EXPECT_EQ(layer::callCount("clGetDeviceIDs"), 0);
@@ -156,7 +156,7 @@ TEST_F(PlatformChoice, OnlyGpusServe) {
   for (const char* name : {"AMD", "NVIDIA"}) {
     EXPECT_EQ(choose({platform(name, {})}), "");
     EXPECT_EQ(choose({platform(name, {processor(), accelerator()})}), "");
-    EXPECT_EQ(messages_, Messages{});
+    EXPECT_EQ(messages_, Entries{});
     EXPECT_EQ(choose({platform(name, {processor(), accelerator(), gpu("third")})}), "third");
   }
   EXPECT_EQ(choose({platform("AMD", {processor()}), platform("NVIDIA", {accelerator()})}), "");
@@ -166,7 +166,7 @@ TEST_F(PlatformChoice, StatusOfTheHandlesDecides) {
   for (const char* name : {"AMD", "NVIDIA"}) {
     layer::failCall("clGetDeviceIDs", 2, CL_OUT_OF_RESOURCES);
     EXPECT_EQ(choose({platform(name)}), "");
-    EXPECT_EQ(messages_, Messages{});
+    EXPECT_EQ(messages_, Entries{});
   }
 }
 
@@ -192,9 +192,9 @@ TEST_F(PlatformChoice, DeviceIsDescribed) {
                                          .clockMHz = 1980,
                                          .cacheLineBytes = 64}})}),
             "x");
-  EXPECT_EQ(messages_, (Messages{"Compute Units Number:132", "Device Frequency:1980(MHz)",
-                                 "Device Frequency:81559(MB)", "Device Frequency:64(Byte)",
-                                 "Device DeviceVersion:OpenCL 3.0 CUDA"}));
+  EXPECT_EQ(messages_, (Entries{"Compute Units Number:132", "Device Frequency:1980(MHz)",
+                                "Device Frequency:81559(MB)", "Device Frequency:64(Byte)",
+                                "Device DeviceVersion:OpenCL 3.0 CUDA"}));
 }
 
 TEST_F(PlatformChoice, MegabytesAreRounded) {
@@ -235,7 +235,7 @@ TEST_F(PlatformChoice, DeviceWithoutAVersionIsRefused) {
   FakeDevice nameless;
   nameless.failingInfos[CL_DEVICE_VERSION] = CL_INVALID_VALUE;
   EXPECT_EQ(choose({platform("NVIDIA", {nameless})}), "");
-  Messages expected = linesOfDevice();
+  Entries expected = linesOfDevice();
   expected.back() = "Device DeviceVersion:";
   expected.emplace_back("There is NO GPU or CPU");
   EXPECT_EQ(messages_, expected);
@@ -266,7 +266,7 @@ TEST_F(PlatformChoice, OtherQueriesMayFail) {
 TEST_F(PlatformChoice, ContextThatCannotBeCreated) {
   layer::failCall("clCreateContext", 1, CL_DEVICE_NOT_AVAILABLE);
   EXPECT_EQ(choose(), "");
-  Messages expected = linesOfDevice();
+  Entries expected = linesOfDevice();
   expected.emplace_back("create context error ");
   EXPECT_EQ(messages_, expected);
 }

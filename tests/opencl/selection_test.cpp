@@ -15,7 +15,7 @@ namespace layer = framequilt::opencl_layer;
 
 namespace {
 
-const Messages kHostStopped = {"pthread_join model_pid success", "pthread_join match_pid success"};
+const Entries kHostStopped = {"pthread_join model_pid success", "pthread_join match_pid success"};
 
 class Selection : public StartFixture {
  protected:
@@ -43,33 +43,33 @@ void expectFrameIsJoined() {
 TEST_F(Selection, CardServesTheRun) {
   EXPECT_TRUE(open(0, 0));
   EXPECT_TRUE(openclDeviceFlag);
-  EXPECT_EQ(recorded_.take(),
-            (Messages{debugText("0 == GStitchMainMode"), debugText("0 == GstaticMainDynamicFlag")} +
-             kStartBegins + kDeviceLines + Messages{debugText("init out")}));
+  EXPECT_EQ(journal_.take(), (Entries{Journal::debug("0 == GStitchMainMode"),
+                                      Journal::debug("0 == GstaticMainDynamicFlag")} +
+                              kStartBegins + kDeviceLines + Entries{Journal::debug("init out")}));
   EXPECT_TRUE(uinitJoint());
   EXPECT_FALSE(openclDeviceFlag);
-  EXPECT_EQ(recorded_.take(), kStopped);
+  EXPECT_EQ(journal_.take(), kStopped);
 }
 
 TEST_F(Selection, HostServesTheRunWithoutACard) {
   withoutCard();
   EXPECT_TRUE(open(0, 1));
   EXPECT_FALSE(openclDeviceFlag);
-  EXPECT_EQ(recorded_.take(), (Messages{debugText("0 == GStitchMainMode")} + kStartBegins +
-                               Messages{debugText("commandQueue failed")}));
+  EXPECT_EQ(journal_.take(), (Entries{Journal::debug("0 == GStitchMainMode")} + kStartBegins +
+                              Entries{Journal::debug("commandQueue failed")}));
   EXPECT_TRUE(uinitJoint());
-  EXPECT_EQ(recorded_.take(), kHostStopped);
+  EXPECT_EQ(journal_.take(), kHostStopped);
 }
 
 TEST_F(Selection, MotionModeIsNotAnnounced) {
   withoutCard();
   EXPECT_TRUE(open(1, 0));
-  EXPECT_EQ(recorded_.take(), kStartBegins + Messages{debugText("commandQueue failed")});
+  EXPECT_EQ(journal_.take(), kStartBegins + Entries{Journal::debug("commandQueue failed")});
 }
 
 TEST_F(Selection, FrameIsAnnouncedAndItsFailure) {
   ASSERT_TRUE(open());
-  recorded_.take();
+  journal_.take();
   std::vector<unsigned char> frame(240 * 320);
   SPoint left{}, right{};
   cv::Mat mosaic;
@@ -77,10 +77,10 @@ TEST_F(Selection, FrameIsAnnouncedAndItsFailure) {
   EXPECT_EQ(
       stichingImagedJoint(nullptr, frame.data(), 0, 1, 0, 0, false, left, right, mosaic, flags),
       -1);
-  EXPECT_EQ(
-      recorded_.take(),
-      (Messages{debugText("stichingImagedJointCL in"), debugText("stitchingImageOffsetCL 0"),
-                "stitchingImageOffset ptr is null", debugText("stichingImagedJointCL failed")}));
+  EXPECT_EQ(journal_.take(),
+            (Entries{Journal::debug("stichingImagedJointCL in"),
+                     Journal::debug("stitchingImageOffsetCL 0"), "stitchingImageOffset ptr is null",
+                     Journal::debug("stichingImagedJointCL failed")}));
 }
 
 TEST_F(Selection, RunsAlternateBetweenCardAndHost) {
@@ -100,14 +100,14 @@ TEST_F(Selection, StartWithNeitherBackend) {
   watchThreads(1);
   EXPECT_FALSE(open());
   EXPECT_FALSE(openclDeviceFlag);
-  EXPECT_EQ(recorded_.take().back(), "ALG_template_model_init_process_pthread faled");
+  EXPECT_EQ(journal_.take().back(), "ALG_template_model_init_process_pthread faled");
   EXPECT_TRUE(uinitJoint());
 }
 
 TEST_F(Selection, ColourWithAlphaIsTheHosts) {
   EXPECT_TRUE(initJoint(24, 32, 4, 1, 40000, 40000, 1, 1));
   EXPECT_FALSE(openclDeviceFlag);
-  EXPECT_EQ(recorded_.take(), kStartBegins);
+  EXPECT_EQ(journal_.take(), kStartBegins);
   EXPECT_EQ(layer::callCount(), 0);
 }
 
@@ -126,7 +126,7 @@ struct Refusal {
   const char* name;
   void (*prepare)();
   /// What is said last.
-  Messages last;
+  Entries last;
 };
 
 void PrintTo(const Refusal& refusal, std::ostream* out) { *out << refusal.name; }
@@ -137,8 +137,8 @@ TEST_P(RefusedStart, LeavesNothingToTheHostsRun) {
   GetParam().prepare();
   EXPECT_TRUE(open());
   EXPECT_FALSE(openclDeviceFlag);
-  Messages messages = recorded_.take();
-  const Messages& last = GetParam().last;
+  Entries messages = journal_.take();
+  const Entries& last = GetParam().last;
   ASSERT_GE(messages.size(), last.size());
   messages.erase(messages.begin(), messages.end() - static_cast<std::ptrdiff_t>(last.size()));
   EXPECT_EQ(messages, last);
@@ -155,9 +155,9 @@ TEST_P(RefusedStart, LeavesNothingToTheHostsRun) {
 
   layer::resetRecords();
   expectFrameIsJoined();
-  recorded_.take();
+  journal_.take();
   EXPECT_TRUE(uinitJoint());
-  EXPECT_EQ(recorded_.take(), kHostStopped);
+  EXPECT_EQ(journal_.take(), kHostStopped);
   EXPECT_EQ(layer::callCount(), 0);
 
   // The next start has the card again.
@@ -171,19 +171,19 @@ TEST_P(RefusedStart, LeavesNothingToTheHostsRun) {
 }
 
 const Refusal kRefusals[] = {
-    {"NoPlatform", [] { layer::present({}); }, {debugText("commandQueue failed")}},
+    {"NoPlatform", [] { layer::present({}); }, {Journal::debug("commandQueue failed")}},
     {"OtherPlatform",
      [] { layer::present({{.name = "Portable"}}); },
-     {debugText("commandQueue failed")}},
+     {Journal::debug("commandQueue failed")}},
     {"SmallCard",
      [] { layer::present({{.devices = {{.globalMemoryBytes = 4095 * layer::kMegabyte}}}}); },
-     {"Device Frequency:4095(MB)", debugText("commandQueue failed")}},
+     {"Device Frequency:4095(MB)", Journal::debug("commandQueue failed")}},
     {"Context",
      [] { layer::failCall("clCreateContext", 1, CL_OUT_OF_HOST_MEMORY); },
-     {"create context error ", debugText("commandQueue failed")}},
+     {"create context error ", Journal::debug("commandQueue failed")}},
     {"Queue",
      [] { layer::failCall("clCreateCommandQueue", 1, CL_OUT_OF_HOST_MEMORY); },
-     {"Failed to create commandQueue for device 0", debugText("commandQueue failed")}},
+     {"Failed to create commandQueue for device 0", Journal::debug("commandQueue failed")}},
     {"NoKernelFile",
      [] { std::filesystem::remove("cl.bin"); },
      {"Failed to create CL program for source"}},
@@ -197,12 +197,12 @@ const Refusal kRefusals[] = {
     {"ThreadTwo", [] { watchThreads(2); }, {"ALG_search_match_init_process_pthread faled"}},
     {"FirstKernel",
      [] { layer::failCall("clCreateKernel", 1, CL_INVALID_KERNEL_NAME); },
-     {debugText("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed"),
-      debugText("clCreateKernel createKernel failed")}},
+     {Journal::debug("clCreateKernel opencvFilter2DRowCalcFloatWin5ModeKernel failed"),
+      Journal::debug("clCreateKernel createKernel failed")}},
     {"LastKernel",
      [] { layer::failCall("clCreateKernel", 36, CL_INVALID_KERNEL_NAME); },
      {"clCreateKernel getWeightImageClKernel failed",
-      debugText("clCreateKernel createKernel failed")}}};
+      Journal::debug("clCreateKernel createKernel failed")}}};
 
 INSTANTIATE_TEST_SUITE_P(Starts, RefusedStart, testing::ValuesIn(kRefusals),
                          [](const auto& refusal) { return std::string(refusal.param.name); });

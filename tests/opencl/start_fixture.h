@@ -8,19 +8,20 @@
 #include "opencl/OpenclJointState.h"
 #include "tests/cpu/thread_calls.h"
 #include "tests/opencl/device_fixture.h"
-#include "tests/opencl/recorded_messages.h"
+#include "tests/opencl/journal.h"
 
 /// What every start says first.
-inline const Messages kStartBegins = {
-    debugText("stitchingImageOffsetCL in11111111111111111111111111111"), "44444444444444444444"};
+inline const Entries kStartBegins = {
+    Journal::debug("stitchingImageOffsetCL in11111111111111111111111111111"),
+    "44444444444444444444"};
 /// The lines about the layer's default device.
-inline const Messages kDeviceLines = {"Compute Units Number:16", "Device Frequency:1500(MHz)",
-                                      "Device Frequency:8192(MB)", "Device Frequency:128(Byte)",
-                                      "Device DeviceVersion:OpenCL 1.2 test"};
-inline const Messages kStopped = {"pthread_join one_pidCL success",
-                                  "pthread_join two_pidCL success", "mosaicImgCL"};
+inline const Entries kDeviceLines = {"Compute Units Number:16", "Device Frequency:1500(MHz)",
+                                     "Device Frequency:8192(MB)", "Device Frequency:128(Byte)",
+                                     "Device DeviceVersion:OpenCL 1.2 test"};
+inline const Entries kStopped = {"pthread_join one_pidCL success", "pthread_join two_pidCL success",
+                                 "mosaicImgCL"};
 
-inline Messages operator+(Messages one, const Messages& two) {
+inline Entries operator+(Entries one, const Entries& two) {
   one.insert(one.end(), two.begin(), two.end());
   return one;
 }
@@ -50,5 +51,5 @@ class StartFixture : public DeviceFixture {
     return framequilt::opencl_layer::callCount(entryPoint);
   }
 
-  RecordedMessages recorded_;
+  Journal journal_;
 };

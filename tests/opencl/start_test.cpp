@@ -22,19 +22,19 @@ using layer::ObjectKind;
 using layer::TraceEvent;
 using layer::TraceKind;
 
-const Messages kNoQueue = {"Failed to create commandQueue for device 0",
-                           debugText("commandQueue failed")};
+const Entries kNoQueue = {"Failed to create commandQueue for device 0",
+                          Journal::debug("commandQueue failed")};
 
 class Start : public StartFixture {};
 
 TEST_F(Start, SaysWhatItDoes) {
   EXPECT_TRUE(start());
-  EXPECT_EQ(recorded_.take(), kStartBegins + kDeviceLines + Messages{debugText("init out")});
+  EXPECT_EQ(journal_.take(), kStartBegins + kDeviceLines + Entries{Journal::debug("init out")});
 }
 
 TEST_F(Start, PrintsLines) {
   const std::string output = standardOutputOf([this] {
-    recorded_.letThrough();
+    journal_.letThrough();
     EXPECT_TRUE(start());
   });
   std::string expected = "44444444444444444444\n";
@@ -144,7 +144,7 @@ TEST_F(Start, MosaicLimitOnlyShrinks) {
 TEST_F(Start, OtherChannelCountsAreRefusedBeforeTheDeviceIsTouched) {
   for (const int channels : {-1, 0, 2, 4}) {
     EXPECT_FALSE(start(channels));
-    EXPECT_EQ(recorded_.take(), kStartBegins);
+    EXPECT_EQ(journal_.take(), kStartBegins);
   }
   EXPECT_EQ(layer::callCount(), 0);
   EXPECT_EQ(threadCalls().creations, 0);
@@ -155,10 +155,10 @@ TEST_F(Start, ObjectsOfTheHostAreUsed) {
   commandQueue = CreateCommandQueue(context, device);
   program = CreateProgram(context, device, "cl.bin");
   std::filesystem::remove("cl.bin");
-  recorded_.take();
+  journal_.take();
   layer::resetRecords();
   EXPECT_TRUE(start());
-  EXPECT_EQ(recorded_.take(), kStartBegins + Messages{debugText("init out")});
+  EXPECT_EQ(journal_.take(), kStartBegins + Entries{Journal::debug("init out")});
   EXPECT_EQ(layer::callCount(), 34 + 36);
 }
 
@@ -175,7 +175,7 @@ TEST_F(Start, KernelFileIsOfTheWorkingFolder) {
 TEST_F(Start, NoDevice) {
   withoutCard();
   EXPECT_FALSE(start());
-  EXPECT_EQ(recorded_.take(), kStartBegins + Messages{debugText("commandQueue failed")});
+  EXPECT_EQ(journal_.take(), kStartBegins + Entries{Journal::debug("commandQueue failed")});
   EXPECT_EQ(context, nullptr);
   EXPECT_EQ(threadCalls().creations, 0);
   EXPECT_TRUE(startOneThFlagCL);
@@ -187,9 +187,9 @@ TEST_F(Start, NoDevice) {
 TEST_F(Start, NoContext) {
   layer::failCall("clCreateContext", 1, CL_OUT_OF_HOST_MEMORY);
   EXPECT_FALSE(start());
-  EXPECT_EQ(recorded_.take(),
+  EXPECT_EQ(journal_.take(),
             (kStartBegins + kDeviceLines +
-             Messages{"create context error ", debugText("commandQueue failed")}));
+             Entries{"create context error ", Journal::debug("commandQueue failed")}));
   EXPECT_EQ(context, nullptr);
   EXPECT_TRUE(start());
 }
@@ -197,7 +197,7 @@ TEST_F(Start, NoContext) {
 TEST_F(Start, NoQueue) {
   layer::failCall("clCreateCommandQueue", 1, CL_OUT_OF_RESOURCES);
   EXPECT_FALSE(start());
-  EXPECT_EQ(recorded_.take(), kStartBegins + kDeviceLines + kNoQueue);
+  EXPECT_EQ(journal_.take(), kStartBegins + kDeviceLines + kNoQueue);
   EXPECT_EQ(layer::live().count(), 0);
   EXPECT_NE(context, nullptr) << "released, and left as it is";
   EXPECT_EQ(commandQueue, nullptr);
@@ -205,7 +205,7 @@ TEST_F(Start, NoQueue) {
   EXPECT_EQ(threadCalls().creations, 0);
 
   EXPECT_TRUE(start()) << "with a context of its own";
-  EXPECT_EQ(recorded_.take(), kStartBegins + kDeviceLines + Messages{debugText("init out")});
+  EXPECT_EQ(journal_.take(), kStartBegins + kDeviceLines + Entries{Journal::debug("init out")});
   EXPECT_EQ(calls("clCreateContext"), 2);
   EXPECT_EQ(layer::violations(), std::vector<std::string>{});
 }
@@ -213,7 +213,7 @@ TEST_F(Start, NoQueue) {
 TEST_F(Start, TextAboutTheQueueHasNoLineEnd) {
   layer::failCall("clCreateCommandQueue", 1, CL_OUT_OF_RESOURCES);
   const std::string output = standardOutputOf([this] {
-    recorded_.letThrough();
+    journal_.letThrough();
     EXPECT_FALSE(start());
   });
   const std::string expected = "Failed to create commandQueue for device 0";
@@ -225,10 +225,10 @@ TEST_F(Start, NoQueueForTheProgramOfTheHost) {
   context = CreateContext(&device);
   program = CreateProgram(context, device, "cl.bin");
   const cl_program former = program;
-  recorded_.take();
+  journal_.take();
   layer::failCall("clCreateCommandQueue", 1, CL_OUT_OF_RESOURCES);
   EXPECT_FALSE(start());
-  EXPECT_EQ(recorded_.take(), kStartBegins + kNoQueue);
+  EXPECT_EQ(journal_.take(), kStartBegins + kNoQueue);
   EXPECT_EQ(layer::live().count(), 0);
   EXPECT_EQ(program, former) << "released, and left as it is";
   EXPECT_TRUE(start());
@@ -249,7 +249,7 @@ TEST_F(Start, QueueThatTheHostMakesAfterAFailureIsKept) {
 TEST_F(Start, NoKernelFile) {
   std::filesystem::rename("cl.bin", "away.bin");
   EXPECT_FALSE(start());
-  const Messages messages = recorded_.take();
+  const Entries messages = journal_.take();
   ASSERT_EQ(messages.size(), kStartBegins.size() + kDeviceLines.size() + 2);
   EXPECT_EQ(withoutLineNumber(messages[messages.size() - 2]),
             "opencl/OpenclJoint.cpp at  LINE :Can't open cl.bin");
@@ -268,7 +268,7 @@ TEST_F(Start, NoKernelFile) {
 TEST_F(Start, NoProgram) {
   layer::failCall("clBuildProgram", 1, CL_BUILD_PROGRAM_FAILURE);
   EXPECT_FALSE(start());
-  EXPECT_EQ(recorded_.take().back().rfind("Error in kernel:", 0), 0U);
+  EXPECT_EQ(journal_.take().back().rfind("Error in kernel:", 0), 0U);
   EXPECT_EQ(layer::live().count(), 0);
   EXPECT_EQ(program, nullptr);
   EXPECT_TRUE(start());
@@ -277,8 +277,8 @@ TEST_F(Start, NoProgram) {
 TEST_F(Start, FirstThreadRefused) {
   watchThreads(1);
   EXPECT_FALSE(start());
-  EXPECT_EQ(recorded_.take(), kStartBegins + kDeviceLines +
-                                  Messages{"ALG_template_model_init_process_pthread faled"});
+  EXPECT_EQ(journal_.take(),
+            kStartBegins + kDeviceLines + Entries{"ALG_template_model_init_process_pthread faled"});
   EXPECT_EQ(threadCalls().creations, 1) << "the second is not tried";
   EXPECT_FALSE(one_pidCLFlag);
   EXPECT_FALSE(two_pidCLFlag);
@@ -294,15 +294,15 @@ TEST_F(Start, FirstThreadRefused) {
 TEST_F(Start, SecondThreadRefused) {
   watchThreads(2);
   EXPECT_FALSE(start());
-  EXPECT_EQ(recorded_.take(),
-            kStartBegins + kDeviceLines + Messages{"ALG_search_match_init_process_pthread faled"});
+  EXPECT_EQ(journal_.take(),
+            kStartBegins + kDeviceLines + Entries{"ALG_search_match_init_process_pthread faled"});
   EXPECT_TRUE(one_pidCLFlag);
   EXPECT_FALSE(two_pidCLFlag);
   EXPECT_EQ(threadCalls().running, 1);
   EXPECT_EQ(layer::live().count(), 3);
 
   EXPECT_TRUE(start()) << "ends the first thread and starts two";
-  EXPECT_EQ(recorded_.take(), kStartBegins + Messages{debugText("init out")});
+  EXPECT_EQ(journal_.take(), kStartBegins + Entries{Journal::debug("init out")});
   EXPECT_EQ(threadCalls().joins, 1);
   EXPECT_EQ(threadCalls().running, 2);
 }
@@ -313,10 +313,10 @@ TEST_F(Start, MissingKernel) {
     SCOPED_TRACE(row);
     layer::failCall("clCreateKernel", static_cast<int>(row) + 1, CL_INVALID_KERNEL_NAME);
     EXPECT_FALSE(start());
-    Messages messages = recorded_.take();
+    Entries messages = journal_.take();
     messages.erase(messages.begin(), messages.begin() + (row == 0 ? 7 : 2));
-    EXPECT_EQ(messages, (Messages{kernelsOfRun()[row].message,
-                                  debugText("clCreateKernel createKernel failed")}));
+    EXPECT_EQ(messages, (Entries{kernelsOfRun()[row].message,
+                                 Journal::debug("clCreateKernel createKernel failed")}));
     EXPECT_EQ(threadCalls().running, 2) << "they stay, as all objects do";
     EXPECT_EQ(live(ObjectKind::kBuffer), 34);
     EXPECT_EQ(live(ObjectKind::kKernel), static_cast<int>(row));
@@ -334,19 +334,19 @@ TEST_F(Start, MissingKernel) {
 TEST_F(Start, MissingBufferIsOnlyReported) {
   layer::failCall("clCreateBuffer", 34, CL_MEM_OBJECT_ALLOCATION_FAILURE);
   EXPECT_TRUE(start());
-  EXPECT_EQ(recorded_.take(),
+  EXPECT_EQ(journal_.take(),
             (kStartBegins + kDeviceLines +
-             Messages{debugText("DestTempImageCL failed"), debugText("init out")}));
+             Entries{Journal::debug("DestTempImageCL failed"), Journal::debug("init out")}));
 }
 
 // --- A start without a stop before it ---
 
 TEST_F(Start, SecondStartJoinsTheThreadsAndKeepsTheObjects) {
   ASSERT_TRUE(start());
-  recorded_.take();
+  journal_.take();
   layer::resetRecords();
   EXPECT_TRUE(start());
-  EXPECT_EQ(recorded_.take(), kStartBegins + Messages{debugText("init out")});
+  EXPECT_EQ(journal_.take(), kStartBegins + Entries{Journal::debug("init out")});
   EXPECT_EQ(threadCalls().creations, 4);
   EXPECT_EQ(threadCalls().joins, 2);
   EXPECT_EQ(threadCalls().running, 2);

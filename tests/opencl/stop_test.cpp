@@ -24,7 +24,7 @@ class Stop : public StartFixture {
  protected:
   bool startQuietly() {
     const bool started = start();
-    recorded_.take();
+    journal_.take();
     layer::resetRecords();
     return started;
   }
@@ -43,7 +43,7 @@ void expectNoObjects() {
 TEST_F(Stop, SaysWhatItDoes) {
   ASSERT_TRUE(startQuietly());
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), kStopped);
+  EXPECT_EQ(journal_.take(), kStopped);
   EXPECT_EQ(threadCalls().joins, 2);
   EXPECT_EQ(threadCalls().running, 0);
 }
@@ -51,7 +51,7 @@ TEST_F(Stop, SaysWhatItDoes) {
 TEST_F(Stop, PrintsLines) {
   ASSERT_TRUE(startQuietly());
   const std::string output = standardOutputOf([this] {
-    recorded_.letThrough();
+    journal_.letThrough();
     EXPECT_TRUE(uinitJointCL());
   });
   std::string expected;
@@ -138,17 +138,17 @@ TEST_F(Stop, ReleasesTheHostsMemory) {
 
 TEST_F(Stop, WithoutAStart) {
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), Messages{"mosaicImgCL"});
+  EXPECT_EQ(journal_.take(), Entries{"mosaicImgCL"});
   EXPECT_EQ(layer::callCount(), 0);
 }
 
 TEST_F(Stop, SecondStopIsHarmless) {
   ASSERT_TRUE(startQuietly());
   uinitJointCL();
-  recorded_.take();
+  journal_.take();
   layer::resetRecords();
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), Messages{"mosaicImgCL"});
+  EXPECT_EQ(journal_.take(), Entries{"mosaicImgCL"});
   EXPECT_EQ(layer::callCount(), 0);
 }
 
@@ -156,33 +156,33 @@ TEST_F(Stop, ThreadsThatCannotBeJoined) {
   ASSERT_TRUE(startQuietly());
   const pthread_t one = std::exchange(one_pidCL, pthread_t{0});
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), (Messages{"pthread_join one_pidCL failed",
-                                        "pthread_join two_pidCL success", "mosaicImgCL"}));
+  EXPECT_EQ(journal_.take(), (Entries{"pthread_join one_pidCL failed",
+                                      "pthread_join two_pidCL success", "mosaicImgCL"}));
   EXPECT_EQ(pthread_join(one, nullptr), 0) << "it left all the same";
 
   ASSERT_TRUE(startQuietly());
   const pthread_t two = std::exchange(two_pidCL, pthread_t{0});
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), (Messages{"pthread_join one_pidCL success",
-                                        "pthread_join two_pidCL failed", "mosaicImgCL"}));
+  EXPECT_EQ(journal_.take(), (Entries{"pthread_join one_pidCL success",
+                                      "pthread_join two_pidCL failed", "mosaicImgCL"}));
   EXPECT_EQ(pthread_join(two, nullptr), 0);
 }
 
 TEST_F(Stop, OnlyTheThreadThatRunsIsJoined) {
   watchThreads(2);
   EXPECT_FALSE(start());
-  recorded_.take();
+  journal_.take();
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), (Messages{"pthread_join one_pidCL success", "mosaicImgCL"}));
+  EXPECT_EQ(journal_.take(), (Entries{"pthread_join one_pidCL success", "mosaicImgCL"}));
 }
 
 TEST_F(Stop, HandlesThatAFailedStartReleasedAreLeftAlone) {
   std::filesystem::remove("cl.bin");
   EXPECT_FALSE(start());
-  recorded_.take();
+  journal_.take();
   layer::resetRecords();
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), Messages{"mosaicImgCL"});
+  EXPECT_EQ(journal_.take(), Entries{"mosaicImgCL"});
   EXPECT_EQ(layer::callCount(), 0);
   expectNoObjects();
 }
@@ -191,7 +191,7 @@ TEST_F(Stop, EntryPointsFailAndTheStopSucceeds) {
   ASSERT_TRUE(startQuietly());
   layer::failEveryCallFrom(1, CL_DEVICE_NOT_AVAILABLE);
   EXPECT_TRUE(uinitJointCL());
-  EXPECT_EQ(recorded_.take(), kStopped);
+  EXPECT_EQ(journal_.take(), kStopped);
   expectNoObjects();
 }
 
