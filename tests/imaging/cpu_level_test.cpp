@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "imaging/cpu_level.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstddef>
+#include <vector>
+
+#include "tests/support/each_level.h"
+
+using framequilt::CpuLevel;
+using framequilt::cpuLevel;
+using framequilt::cpuLevels;
+using framequilt::nameOf;
+using framequilt::setCpuLevel;
+
+namespace {
+
+struct Squares {
+  FRAMEQUILT_ROUTINE int run(const int* values, int count) {
+    int sum = 0;
+    for (int i = 0; i < count; ++i) sum += values[i] * values[i];
+    return sum;
+  }
+};
+
+TEST(CpuLevel, BaselineIsEverywhereAndLevelsAscend) {
+  const std::vector<CpuLevel> levels = cpuLevels();
+  ASSERT_FALSE(levels.empty());
+  EXPECT_EQ(levels.front(), CpuLevel::kBaseline);
+  EXPECT_TRUE(std::is_sorted(levels.begin(), levels.end()));
+}
+
+TEST(CpuLevel, ChosenOneIsInUse) {
+  int visited = 0;
+  atEachLevel([&] { EXPECT_EQ(cpuLevel(), cpuLevels()[static_cast<std::size_t>(visited++)]); });
+  EXPECT_EQ(visited, static_cast<int>(cpuLevels().size()));
+}
+
+TEST(CpuLevel, OneThatTheMachineLacksBecomesTheHighestBelow) {
+  const CpuLevel before = cpuLevel();
+  setCpuLevel(CpuLevel::kAvx512);
+  EXPECT_EQ(cpuLevel(), cpuLevels().back());
+  setCpuLevel(before);
+}
+
+TEST(CpuLevel, EachHasAName) {
+  EXPECT_STREQ(nameOf(CpuLevel::kBaseline), "baseline");
+  EXPECT_STREQ(nameOf(CpuLevel::kAvx2), "avx2");
+  EXPECT_STREQ(nameOf(CpuLevel::kAvx512), "avx512");
+}
+
+TEST(CpuLevel, RoutineRunsAtEachLevel) {
+  std::vector<int> values(67);
+  int expected = 0;
+  for (int i = 0; i < 67; ++i) {
+    values[static_cast<std::size_t>(i)] = i;
+    expected += i * i;
+  }
+  atEachLevel([&] { EXPECT_EQ(framequilt::Leveled<Squares>::call(values.data(), 67), expected); });
+}
+
+}  // namespace
