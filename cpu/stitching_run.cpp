@@ -19,13 +19,22 @@ namespace {
 using framequilt::laneOne;
 using framequilt::laneTwo;
 
+bool hasWorkers() { return one_pid != 0 || two_pid != 0; }
+
 /// Ends the workers of a run that was started and not stopped.
 void stopFormerWorkers() {
-  if (one_pid == 0 && two_pid == 0) return;
+  if (!hasWorkers()) return;
   laneOne().dismiss();
   laneTwo().dismiss();
   laneOne().join();
   laneTwo().join();
+}
+
+void releaseRun() {
+  framequilt::releaseAllBuffers();
+  std::vector<SPoint>().swap(HarrissCornerSPointOneArray);
+  std::vector<SPoint>().swap(HarrissCornerSPointTwoArray);
+  mosaicImgCpu.release();
 }
 
 void deriveSizes(int rows, int cols, int cornerBudget) {
@@ -81,9 +90,12 @@ bool uninitJointCpu() {
                                       : "pthread_join model_pid failed");
   framequilt::report(laneTwo().join() ? "pthread_join match_pid success"
                                       : "pthread_join match_pid failed");
-  framequilt::releaseAllBuffers();
-  std::vector<SPoint>().swap(HarrissCornerSPointOneArray);
-  std::vector<SPoint>().swap(HarrissCornerSPointTwoArray);
-  mosaicImgCpu.release();
+  releaseRun();
   return true;
+}
+
+void framequilt::giveWayCpu() {
+  if (!hasWorkers()) return;
+  stopFormerWorkers();
+  releaseRun();
 }

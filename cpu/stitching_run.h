@@ -20,3 +20,11 @@ FRAMEQUILT_EXPORT bool initJointCpu(int rows, int cols, int channels, int pvalue
 /// Ends and joins the workers (one line each on how that went), releases every buffer, corner
 /// list and the mosaic. \return Always true.
 FRAMEQUILT_EXPORT bool uninitJointCpu();
+
+namespace framequilt {
+
+/// Ends a run that is still open here, without a report, for one that another backend serves.
+/// Nothing when there is none.
+void giveWayCpu();
+
+}  // namespace framequilt

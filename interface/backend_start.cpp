@@ -3,7 +3,6 @@
 
 #include <string>
 
-#include "cpu/run_state.h"
 #include "cpu/stitching_run.h"
 #include "framequilt/framequilt.h"
 #include "framequilt/opencl_devices.h"
@@ -95,8 +94,6 @@ int staticDynamicFlag(const SessionOptions& options) { return options.dynamicSce
 
 /// On the device that the globals hold, or on the host where it refuses.
 bool startOnDevice(const SessionOptions& options) {
-  // The stop of a run ends the threads of its own backend alone.
-  if (startOneThFlag || startTwoThFlag) uninitJointCpu();
   return initJoint(options.rows, options.cols, options.channels, options.cornerBudget,
                    options.maxRows, options.maxCols, stitchMode(options),
                    staticDynamicFlag(options));

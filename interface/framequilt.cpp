@@ -17,7 +17,11 @@ bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow, i
                int stitchMode, int staticDynamicFlag) {
   framequilt::setRunModes(stitchMode, staticDynamicFlag);
   openclDeviceFlag = initJointCL(rows, cols, channels, cornerBudget, maxRow, maxCol);
-  if (openclDeviceFlag) return true;
+  if (openclDeviceFlag) {
+    // The stop ends the run of its own backend alone.
+    framequilt::giveWayCpu();
+    return true;
+  }
   framequilt::cleanUpFailedStartCL();
   return initJointCpu(rows, cols, channels, cornerBudget, maxRow, maxCol);
 }

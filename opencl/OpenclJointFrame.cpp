@@ -137,7 +137,9 @@ void judgeByMotion(int channels, stitchflags& flags) {
   const int motion = imageMotionModelCL(thedestImage_preCL, thedestImageHostMap, imgScaleRowCL,
                                         imgScaleColCL, channels, channels);
   framequilt::setMotionOfCallCL(motion);
-  setStitchFlag(motion < motionValueThCL, flags);
+  // A limit above the highest difference takes every frame, but none that was not measured.
+  const bool measured = motion != kUnmeasuredMotionCL || errNum == CL_SUCCESS;
+  setStitchFlag(measured && motion < motionValueThCL, flags);
   std::memcpy(thedestImage_preCL, thedestImageHostMap, workingBytes(channels));
 }
 

@@ -17,9 +17,6 @@ using framequilt::Mapping;
 using framequilt::pixelGrid;
 using framequilt::planeSize;
 
-/// The value that every limit refuses.
-constexpr int kUnmeasured = 255;
-
 /// Mean of a plane of bytes: a 32-bit sum, divided in whole numbers.
 int meanOf(const unsigned char* plane, int rows, int cols) {
   const std::size_t pixels = planeSize(rows, cols);
@@ -40,7 +37,7 @@ int differenceOf(Bytes previous, Bytes current, int rows, int cols, cl_int statu
   status |= difference.status();
   const int motion = status == CL_SUCCESS && difference.bytes() != nullptr
                          ? meanOf(difference.bytes(), rows, cols)
-                         : kUnmeasured;
+                         : kUnmeasuredMotionCL;
   errNum = status | difference.unmap();
   return motion;
 }
@@ -97,7 +94,7 @@ int imageMotionModelCL(unsigned char* previous, unsigned char* current, int rows
   HostBuffer one(previous, bytes, mode);
   HostBuffer two(current, bytes, mode);
   errNum = one.status() | two.status();
-  int motion = kUnmeasured;
+  int motion = kUnmeasuredMotionCL;
   if (errNum != CL_SUCCESS) {
     framequilt::debug("failed clEnqueueReadBuffer111");
   } else {

@@ -9,10 +9,10 @@
 /// the working directory then), the corner threads, buffers and kernels. Arguments as for
 /// `initJoint`.
 ///
-/// \return False, after a message, when something is missing or when frames have neither 1 nor 3
-///         channels. The globals then keep what the start had made of them, also handles that it
-///         has given back; the next start does not use those, and `initJoint` and `uinitJoint`
-///         clean up.
+/// \return False, after a message, when something is missing; without one when frames have neither
+///         1 nor 3 channels. The globals then keep what the start had made of them, also handles
+///         that it has given back; the next start does not use those, and `initJoint` and
+///         `uinitJoint` clean up.
 /// \throws std::bad_alloc
 FRAMEQUILT_EXPORT bool initJointCL(int rows, int cols, int channels, int cornerBudget, int maxRow,
                                    int maxCol);

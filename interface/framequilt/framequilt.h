@@ -33,7 +33,7 @@ extern "C" {
 ///         or cannot be had; `uinitJoint` cleans up.
 ///
 /// A run that is still open is stopped first: its two threads end, its buffers are kept where
-/// they are large enough.
+/// they are large enough and the same backend serves the next one.
 FRAMEQUILT_EXPORT bool initJoint(int rows, int cols, int channels, int cornerBudget, int maxRow,
                                  int maxCol, int stitchMode, int staticDynamicFlag);
 

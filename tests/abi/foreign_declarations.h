@@ -185,6 +185,7 @@ bool findHarrisCornerCoordianteFunClTwo(cl_mem, imgInfo, Points &);
 bool getRangeTh1(int, int, cl_mem, int, int, Points &);
 bool getRangeTh2(int, int, cl_mem, int, int, Points &);
 bool imageMosaicFunCL(Byte *, Byte *, imgInfo, int &, int &, int &);
+cl_int Filter2DModeKernel(cl_mem, cl_mem, cl_mem, int, int);
 int imageMotionModelCL(Byte *, Byte *, int, int, int, int);
 bool calcOverLapImageBrightCL(Byte *, Byte *, int, int, int, int, int, float &, float &);
 bool calcOverLapImageDefinitionCL(Byte *, Byte *, int, int, int, int, int, float &, float &);

@@ -391,6 +391,7 @@ TEST(ForeignDeclarations, OpenclStepsRefuseNull) {
   EXPECT_FALSE(stitchingImageImageblendCL(mosaic, nullptr, info, flags, a, b, c, a, b, c, work,
                                           mosaic, nullptr));
   EXPECT_FALSE(imageMosaicFunCL(nullptr, nullptr, info, dx, dy, count));
+  EXPECT_NE(Filter2DModeKernel(nullptr, nullptr, nullptr, 4, 4), CL_SUCCESS);
   EXPECT_EQ(imageMotionModelCL(nullptr, nullptr, 4, 4, 1, 1), 0);
   EXPECT_FALSE(calcOverLapImageBrightCL(nullptr, nullptr, 4, 4, 4, 4, 1, one, two));
   EXPECT_FALSE(calcOverLapImageDefinitionCL(nullptr, nullptr, 4, 4, 4, 4, 1, one, two));

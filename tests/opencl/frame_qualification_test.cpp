@@ -56,6 +56,19 @@ TEST_P(FrameQualification, MotionLimitIsTheHostsToSet) {
   EXPECT_EQ(run->next(flat(139)).flags.stitch_flags, 0);
 }
 
+TEST_P(FrameQualification, UnmeasuredMotionQualifiesUnderNoLimit) {
+  const auto run = openRun(On::kCard, settingsFor(kMotion, kDynamic));
+  const ScopedValue<int> limit(motionValueThCL0, 1000);
+  EXPECT_EQ(run->first(flat(100), flat(100)).flags.stitch_flags, 1);
+  // After the pre-judgement come the measure's launches.
+  layer::failCall("clEnqueueNDRangeKernel", 2, CL_OUT_OF_RESOURCES);
+  const FrameOutcome unmeasured = run->next(flat(100));
+  EXPECT_EQ(unmeasured.result, 0);
+  EXPECT_EQ(unmeasured.flags.stitch_flags, 0);
+  layer::clearFaults();
+  EXPECT_EQ(run->next(flat(100)).flags.stitch_flags, 1);
+}
+
 TEST_P(FrameQualification, FrameWithoutOffsetKeepsTheFlagAndTheLastFrame) {
   const auto run = openRun(On::kCard, settingsFor(kMotion, kDynamic));
   run->first(flat(100), flat(100));

@@ -6,6 +6,7 @@
 #include <filesystem>
 #include <string>
 
+#include "cpu/run_state.h"
 #include "framequilt/framequilt.h"
 #include "tests/opencl/run_objects.h"
 #include "tests/opencl/start_fixture.h"
@@ -49,6 +50,25 @@ TEST_F(Selection, CardServesTheRun) {
   EXPECT_TRUE(uinitJoint());
   EXPECT_FALSE(openclDeviceFlag);
   EXPECT_EQ(journal_.take(), kStopped);
+}
+
+TEST_F(Selection, OpenRunOfTheHostGivesWayToTheCard) {
+  withoutCard();
+  ASSERT_TRUE(open());
+  ASSERT_FALSE(openclDeviceFlag);
+  expectFrameIsJoined();
+  const int ofHost = threadCalls().running;
+  ASSERT_EQ(ofHost, 2);
+  journal_.take();
+
+  withCard();
+  ASSERT_TRUE(open());
+  EXPECT_TRUE(openclDeviceFlag);
+  EXPECT_EQ(threadCalls().running, 2) << "those of the card";
+  EXPECT_EQ(theSorImageTemp, nullptr);
+  EXPECT_TRUE(mosaicImgCpu.empty());
+  for (const std::string& line : journal_.take()) EXPECT_EQ(line.find("pthread_join"), line.npos);
+  expectFrameIsJoined();
 }
 
 TEST_F(Selection, HostServesTheRunWithoutACard) {
