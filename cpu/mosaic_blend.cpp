@@ -2,15 +2,18 @@
 #include "cpu/mosaic_blend.h"
 
 #include "cpu/mosaic_growth.h"
+#include "cpu/placement_rules.h"
 #include "cpu/run_state.h"
 #include "framequilt/tuning.h"
+#include "imaging/feather.h"
 #include "imaging/fusion.h"
 #include "imaging/region.h"
 #include "interface/report.h"
 
 namespace framequilt {
 
-bool blendFrame(const BlendJob& job, const Fuse& fuse, BlendResult& result) {
+bool blendFrame(const BlendJob& job, const FuseInMosaic& fuseInMosaic, const Fuse& fuse,
+                BlendResult& result) {
   const int dx = job.flags.offsetX;
   const int dy = job.flags.offsetY;
   cv::Mat mosaic = job.mosaic;
@@ -23,16 +26,23 @@ bool blendFrame(const BlendJob& job, const Fuse& fuse, BlendResult& result) {
 
   const int row0 = position.y + dy;
   const int col0 = position.x + dx;
-  willBigImgAssignRowColToSmallImg(mosaic.data, row0, row0 + job.rows, col0, col0 + job.cols,
-                                   mosaic.rows, mosaic.cols, job.info.channels, result.regionInfo,
-                                   result.region);
-  if (!fuse(result.region, result.regionInfo.channels)) return false;
+  const bool inMosaic =
+      fuseInMosaic && result.region != nullptr &&
+      holdsFrame(mosaic, {col0, row0}, job.rows, job.cols, job.info.channels) &&
+      fuseInMosaic(mosaic.ptr(row0, col0), static_cast<std::ptrdiff_t>(mosaic.step[0]),
+                   result.region, job.info.channels);
+  if (!inMosaic) {
+    willBigImgAssignRowColToSmallImg(mosaic.data, row0, row0 + job.rows, col0, col0 + job.cols,
+                                     mosaic.rows, mosaic.cols, job.info.channels, result.regionInfo,
+                                     result.region);
+    if (!fuse(result.region, result.regionInfo.channels)) return false;
+    willSmallImgToBigImgAssignRowCol(result.region, job.rows, job.cols, row0, row0 + job.rows, col0,
+                                     col0 + job.cols, mosaic.rows, mosaic.cols, job.info.channels,
+                                     mosaic.data);
+  }
   result.regionInfo.channels = job.info.channels;
   result.regionInfo.rows = job.rows;
   result.regionInfo.cols = job.cols;
-  willSmallImgToBigImgAssignRowCol(result.region, job.rows, job.cols, row0, row0 + job.rows, col0,
-                                   col0 + job.cols, mosaic.rows, mosaic.cols, job.info.channels,
-                                   mosaic.data);
 
   position = {col0, row0};
   outputImageCoordate(topLeft, bottomRight, dx, dy, job.rows, job.cols, position, result.topLeft,
@@ -53,6 +63,14 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
     framequilt::report("stitchingImageImageblend ptr is null");
     return false;
   }
+  const auto fuseInMosaic = [](unsigned char* ground, std::ptrdiff_t stride, unsigned char* part,
+                               int channels) {
+    const framequilt::Feathering job = {ground,      stride,      thedestImageScale, part,
+                                        imgScaleRow, imgScaleCol, channels};
+    if (thedestImageScale == nullptr || !framequilt::canFeather(job)) return false;
+    framequilt::feather(job);
+    return true;
+  };
   // Its result is not looked at: it fails for null images only.
   const auto fuse = [](unsigned char* part, int channels) {
     twoImageFusion(part, thedestImageScale, channels, 0, imgScaleRow, imgScaleCol);
@@ -61,5 +79,6 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
   framequilt::BlendResult result = {topLeftOut, bottomRightOut, positionOut,
                                     regionInfo, mosaicOut,      region};
   return framequilt::blendFrame(
-      {mosaic, imgScaleRow, imgScaleCol, info, flags, topLeft, bottomRight}, fuse, result);
+      {mosaic, imgScaleRow, imgScaleCol, info, flags, topLeft, bottomRight}, fuseInMosaic, fuse,
+      result);
 }

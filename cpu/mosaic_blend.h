@@ -3,6 +3,7 @@
 /// Places a frame into the mosaic.
 #pragma once
 
+#include <cstddef>
 #include <functional>
 #include <opencv2/core/mat.hpp>
 
@@ -53,10 +54,18 @@ struct BlendResult {
 /// Mixes the frame into the region that was cut out of the mosaic, in place. False when it cannot.
 using Fuse = std::function<bool(unsigned char* region, int channels)>;
 
-/// The road of every blend, whoever fuses.
+/// Mixes the frame straight into the mosaic, where its first pixel is `ground` and its rows are
+/// `stride` bytes apart, and copies the result to `region`. False when it cannot; nothing is
+/// written then.
+using FuseInMosaic = std::function<bool(unsigned char* ground, std::ptrdiff_t stride,
+                                        unsigned char* region, int channels)>;
+
+/// The road of every blend, whoever fuses: in the mosaic where that can be, in a region cut out of
+/// it otherwise. `fuseInMosaic` may be empty.
 /// \return False when `fuse` failed: the pixels of the mosaic, the corners and the position are
 ///         then unchanged, while the region holds the mosaic's pixels.
 /// \throws as above.
-bool blendFrame(const BlendJob& job, const Fuse& fuse, BlendResult& result);
+bool blendFrame(const BlendJob& job, const FuseInMosaic& fuseInMosaic, const Fuse& fuse,
+                BlendResult& result);
 
 }  // namespace framequilt

@@ -9,6 +9,7 @@
 #include "cpu/run_state.h"
 #include "features/features_state.h"
 #include "framequilt/tuning.h"
+#include "imaging/feather.h"
 #include "imaging/imaging_state.h"
 #include "imaging/pixel_math.h"
 #include "imaging/run_buffer.h"
@@ -109,6 +110,7 @@ void releaseAllBuffers() noexcept {
   dropAll(AreaImageOneWeight, AreaImageOneGary, AreaImageTwoGary, AreaImageOneGaryFloat,
           AreaImageTwoGaryFloat, thedestImage_pre);
   releaseMotionPlanes();
+  releaseFeather();
   // Left over only when a frame was cut short by an exception.
   dropAll(FeatureDescriber1, FeatureDescriber2, DescribleSymbol, DescribleSymbol1, dist_valueCpu,
           SorTempGrayImage, DestTempGrayImage);

@@ -34,11 +34,6 @@ CpuLevel cpuLevel() noexcept;
 /// while routines run.
 void setCpuLevel(CpuLevel level) noexcept;
 
-/// A routine with a variant per level. `Routine::run` is a static function that is always inlined
-/// (FRAMEQUILT_ROUTINE), so that its loops are compiled for the level of the function around them.
-template <class Routine, class Signature = decltype(&Routine::run)>
-class Leveled;
-
 #define FRAMEQUILT_ROUTINE [[gnu::always_inline]] static inline
 
 #if defined(__x86_64__) && defined(__GNUC__)
@@ -51,8 +46,14 @@ class Leveled;
 #endif
 #endif
 
-template <class Routine, class Result, class... Arguments>
-class Leveled<Routine, Result (*)(Arguments...)> {
+/// A routine with a variant per level, which differ in the width of their vectors:
+/// `Routine<N>::run` for vectors of N bytes. It is a static function that is always inlined
+/// (FRAMEQUILT_ROUTINE), so that its loops are compiled for the level of the function around them.
+template <template <int> class Routine, class Signature = decltype(&Routine<16>::run)>
+class LeveledByWidth;
+
+template <template <int> class Routine, class Result, class... Arguments>
+class LeveledByWidth<Routine, Result (*)(Arguments...)> {
  public:
   static Result call(Arguments... arguments) {
     return kVariants[static_cast<std::size_t>(cpuLevel())](arguments...);
@@ -61,19 +62,32 @@ class Leveled<Routine, Result (*)(Arguments...)> {
  private:
   using Variant = Result (*)(Arguments...);
 
-  static Result baseline(Arguments... arguments) { return Routine::run(arguments...); }
+  static Result baseline(Arguments... arguments) { return Routine<16>::run(arguments...); }
 
 #ifdef FRAMEQUILT_HAS_X86_LEVELS
   [[gnu::target("avx2")]] static Result avx2(Arguments... arguments) {
-    return Routine::run(arguments...);
+    return Routine<32>::run(arguments...);
   }
   [[gnu::target(FRAMEQUILT_AVX512_TARGET)]] static Result avx512(Arguments... arguments) {
-    return Routine::run(arguments...);
+    return Routine<64>::run(arguments...);
   }
   static constexpr std::array<Variant, 3> kVariants = {&baseline, &avx2, &avx512};
 #else
   static constexpr std::array<Variant, 1> kVariants = {&baseline};
 #endif
+};
+
+/// The same for a plain loop that does not name the width: `Routine::run`.
+template <class Routine>
+class Leveled {
+  template <int Bytes>
+  struct OfAnyWidth : Routine {};
+
+ public:
+  template <class... Arguments>
+  static auto call(Arguments... arguments) {
+    return LeveledByWidth<OfAnyWidth, decltype(&Routine::run)>::call(arguments...);
+  }
 };
 
 }  // namespace framequilt

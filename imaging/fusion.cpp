@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "framequilt/tuning.h"
+#include "imaging/feather.h"
 #include "imaging/gray.h"
 #include "imaging/imaging_state.h"
 #include "imaging/overlap.h"
@@ -133,9 +134,6 @@ bool weightofTwoAreaFun(unsigned char* image1, unsigned char* image2, int rows, 
 bool twoImageFusion(unsigned char* image1, unsigned char* image2, int channels, int ignored,
                     int rows, int cols) {
   if (image1 == nullptr || image2 == nullptr) return refuseNull();
-  const std::size_t pixels = planeSize(rows, cols);
-  const std::size_t plane = std::max(pixels, planeSize(RealImgRow, RealImgCol));
-
   const AtScopeEnd release([] {
     drop(AreaImageOneGaryFloat);
     drop(AreaImageTwoGaryFloat);
@@ -143,6 +141,22 @@ bool twoImageFusion(unsigned char* image1, unsigned char* image2, int channels, 
     drop(AreaImageOneGary);
     drop(AreaImageTwoGary);
   });
+  const framequilt::Feathering job = {
+      image1, rowStart(1, cols, channels), image2, nullptr, rows, cols, channels};
+  if (framequilt::canFeather(job)) {
+    framequilt::feather(job);
+  } else {
+    framequilt::fusePlainly(image1, image2, channels, ignored, rows, cols);
+  }
+  return true;
+}
+
+namespace framequilt {
+
+void fusePlainly(unsigned char* image1, unsigned char* image2, int channels, int ignored, int rows,
+                 int cols) {
+  const std::size_t pixels = planeSize(rows, cols);
+  const std::size_t plane = std::max(pixels, planeSize(RealImgRow, RealImgCol));
   ensure(AreaImageOneGaryFloat, plane);
   ensure(AreaImageTwoGaryFloat, plane);
   ensure(AreaImageOneWeight, std::max(plane, planeSize(RealImgRow, RealImgCol, channels)));
@@ -156,5 +170,6 @@ bool twoImageFusion(unsigned char* image1, unsigned char* image2, int channels, 
     mixGray(image1, image2, AreaImageOneWeight, pixels);
   }
   std::memcpy(image1, image2, planeSize(rows, cols, channels));
-  return true;
 }
+
+}  // namespace framequilt

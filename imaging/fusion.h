@@ -36,4 +36,10 @@ namespace framequilt {
 /// outer frame of the second, then the two passes over each.
 void spreadDistances(float* one, float* two, int rows, int cols);
 
+/// What `twoImageFusion` makes of images that are not null, as plainly as it can be written; leaves
+/// the planes `AreaImage*` behind. `feather` (feather.h) does the same for nearly all images.
+/// \throws std::bad_alloc
+void fusePlainly(unsigned char* image1, unsigned char* image2, int channels, int ignored, int rows,
+                 int cols);
+
 }  // namespace framequilt

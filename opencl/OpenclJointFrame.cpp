@@ -274,5 +274,5 @@ bool stitchingImageImageblendCL(cv::Mat mosaic, unsigned char* dest, imgInfo des
   };
   framequilt::BlendResult result = {outLeft, outRight, outPosition, workInfo, outMosaic, work};
   return framequilt::blendFrame(
-      {mosaic, imgScaleRowCL, imgScaleColCL, destInfo, flags, left, right}, fuse, result);
+      {mosaic, imgScaleRowCL, imgScaleColCL, destInfo, flags, left, right}, nullptr, fuse, result);
 }

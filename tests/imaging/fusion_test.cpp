@@ -135,9 +135,9 @@ TEST(Fusion, PlanesThatAHostHasSetAreUsedAndReleased) {
 TEST(Fusion, FailedAllocationGoesToTheCallerAndLeavesNothing) {
   constexpr int kHuge = std::numeric_limits<int>::max();
   const ScopedValue realRows(RealImgRow, kHuge), realCols(RealImgCol, kHuge);
-  Bytes one(9, 255), two(9, 50);
-  EXPECT_THROW(twoImageFusion(one.data(), two.data(), 1, 0, 3, 3), std::bad_alloc);
-  EXPECT_EQ(two, Bytes(9, 50));
+  Bytes one(6, 255), two(6, 50);
+  EXPECT_THROW(twoImageFusion(one.data(), two.data(), 1, 0, 3, 2), std::bad_alloc);
+  EXPECT_EQ(two, Bytes(6, 50));
   EXPECT_TRUE(planesAreReleased());
 }
 

@@ -7,8 +7,8 @@
 #include <new>
 #include <opencv2/core.hpp>
 
+#include "cpu/mosaic_blend.h"
 #include "framequilt/session.h"
-#include "imaging/fusion.h"
 #include "imaging/overlap.h"
 #include "tests/support/recorded_reports.h"
 #include "tests/support/scene.h"
@@ -35,11 +35,17 @@ Function* library(Function* /*ours*/, const char* mangled) {
 
 }  // namespace
 
-bool twoImageFusion(unsigned char* image1, unsigned char* image2, int channels, int ignored,
-                    int rows, int cols) {
+bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo info,
+                                 stitchflags flags, SPoint topLeft, SPoint bottomRight,
+                                 SPoint ignored, SPoint& topLeftOut, SPoint& bottomRightOut,
+                                 SPoint& positionOut, imgInfo& regionInfo, cv::Mat& mosaicOut,
+                                 unsigned char* region) {
   if (fusionFails) throw std::bad_alloc();
-  static auto* const fuse = library(&twoImageFusion, "_Z14twoImageFusionPhS_iiii");
-  return fuse(image1, image2, channels, ignored, rows, cols);
+  static auto* const blend = library(&stitchingImageImageblendCpu,
+                                     "_Z27stitchingImageImageblendCpuN2cv3MatEPh7imgInfo11"
+                                     "stitchflags6SPointS4_S4_RS4_S5_S5_RS2_RS0_S1_");
+  return blend(mosaic, frame, info, flags, topLeft, bottomRight, ignored, topLeftOut,
+               bottomRightOut, positionOut, regionInfo, mosaicOut, region);
 }
 
 bool calcOverLapImageBright(unsigned char* image1, unsigned char* image2, int rows1, int cols1,

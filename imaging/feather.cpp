@@ -1,0 +1,259 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "imaging/feather.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <cstring>
+#include <functional>
+#include <limits>
+#include <memory>
+#include <vector>
+
+#include "imaging/cpu_level.h"
+#include "imaging/distances.h"
+#include "imaging/pixel_math.h"
+
+namespace framequilt {
+namespace {
+
+using Bytes = unsigned char;
+using chamfer::kLanes;
+
+// --- Weights ---
+
+/// Where the weights of a block come from, in its slanted order.
+struct BlockDistances {
+  const float* ground;  ///< Null: the farthest everywhere.
+  const float* frame;   ///< Null: by rows and columns.
+  const float* frameRows;
+  const float* frameColumns;  ///< Of step 0.
+};
+
+/// A byte for each lane of each step.
+struct WeighSlanted {
+  template <bool kGroundIsFull, bool kFrameIsFull>
+  FRAMEQUILT_ROUTINE void loop(const BlockDistances& from, int steps, Bytes* __restrict weights) {
+    const float* __restrict ground = from.ground;
+    const float* __restrict frame = from.frame;
+    const float* __restrict rows = from.frameRows;
+    const float* __restrict columns = from.frameColumns;
+    for (int t = 0; t < steps; ++t) {
+      for (int k = 0; k < kLanes; ++k) {
+        const int i = t * kLanes + k;
+        const float a = kGroundIsFull ? chamfer::kFarthest : ground[i];
+        const float b = kFrameIsFull ? std::min(rows[k], columns[k - t]) : frame[i];
+        const float sum = a + b;
+        const float share = a * 255.0F / (sum == 0.0F ? 1.0F : sum);
+        weights[i] = static_cast<Bytes>(static_cast<int>(share));
+      }
+    }
+  }
+
+  FRAMEQUILT_ROUTINE void run(const BlockDistances& from, int steps, Bytes* weights) {
+    if (from.ground == nullptr) {
+      from.frame == nullptr ? loop<true, true>(from, steps, weights)
+                            : loop<true, false>(from, steps, weights);
+    } else {
+      from.frame == nullptr ? loop<false, true>(from, steps, weights)
+                            : loop<false, false>(from, steps, weights);
+    }
+  }
+};
+
+/// Slanted bytes to rows. `rows + k * stride` is where column 0 of the block's row k goes; up to 15
+/// bytes before a row and 30 behind it are written, too.
+struct Straighten {
+  typedef Bytes Lane __attribute__((vector_size(16)));
+
+  FRAMEQUILT_ROUTINE void interleave(const Lane& a, const Lane& b, Lane& low, Lane& high) {
+    low = __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
+    high = __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15,
+                                   31);
+  }
+
+  FRAMEQUILT_ROUTINE void halves(const Lane (&from)[kLanes], Lane (&to)[kLanes]) {
+    for (int i = 0; i < kLanes / 2; ++i) {
+      interleave(from[i], from[i + kLanes / 2], to[2 * i], to[2 * i + 1]);
+    }
+  }
+
+  FRAMEQUILT_ROUTINE void run(const Bytes* slanted, int tiles, Bytes* rows,
+                              std::ptrdiff_t stride) {
+    for (int tile = 0; tile < tiles; ++tile) {
+      // Interleaving the halves four times transposes a square of 16 x 16.
+      Lane a[kLanes];
+      Lane b[kLanes];
+      std::memcpy(a, slanted + tile * kLanes * kLanes, sizeof(a));
+      halves(a, b);
+      halves(b, a);
+      halves(a, b);
+      halves(b, a);
+      for (int k = 0; k < kLanes; ++k) {
+        std::memcpy(rows + k * stride + tile * kLanes - k, &a[k], sizeof(Lane));
+      }
+    }
+  }
+};
+
+// --- Mixing ---
+
+inline unsigned weightedSum(unsigned weight, Bytes ground, Bytes frame) {
+  return (255U - weight) * frame + weight * ground;
+}
+
+struct MixColour {
+  FRAMEQUILT_ROUTINE void run(const Bytes* __restrict ground, const Bytes* __restrict weight,
+                              int count, Bytes* __restrict frame) {
+    for (int i = 0; i < count; ++i) {
+      for (int k = 3 * i; k < 3 * i + 3; ++k) {
+        // In 16 bits, and divided by 255 exactly: true up to 65534.
+        const auto sum = static_cast<std::uint16_t>(weightedSum(weight[i], ground[k], frame[k]));
+        frame[k] = static_cast<Bytes>((sum + 1U + (sum >> 8U)) >> 8U);
+      }
+    }
+  }
+};
+
+struct MixGray {
+  FRAMEQUILT_ROUTINE void run(const Bytes* __restrict ground, const Bytes* __restrict weight,
+                              int count, Bytes* __restrict frame) {
+    for (int i = 0; i < count; ++i) {
+      const auto sum = static_cast<std::uint16_t>(weightedSum(weight[i], ground[i], frame[i]));
+      frame[i] = static_cast<Bytes>(sum >> 8U);
+    }
+  }
+};
+
+class Featherer {
+ public:
+  void run(const Feathering& job) {
+    const std::ptrdiff_t packed = rowStart(1, job.cols, job.channels);
+    const ImageView frame = {job.frame, packed, job.rows, job.cols, job.channels};
+    prepare(job);
+    const bool groundIsFull = !ground_.spreadDown(
+        {job.ground, job.stride, job.rows, job.cols, job.channels}, /*blankFrame=*/false);
+    const bool frameIsFull = isFull(frame);
+    if (frameIsFull) {
+      fullFrame_.begin(job.rows, job.cols);
+    } else {
+      frame_.spreadDown(frame, /*blankFrame=*/true);
+    }
+
+    for (int b = chamfer::blocksOf(job.rows) - 1; b >= 0; --b) {
+      const float* const ofGround = groundIsFull ? nullptr : ground_.finish(b);
+      const float* const ofFrame = frameIsFull ? nullptr : frame_.finish(b);
+      if (!groundIsFull && ofGround == nullptr) {
+        std::fill(straight_.begin(), straight_.end(), Bytes{0});
+      } else if (!frameIsFull && ofFrame == nullptr) {
+        // Nothing of the frame: all of the ground, unless that is empty, too.
+        weighAgainst(ofGround);
+      } else {
+        weigh({ofGround, ofFrame, frameIsFull ? fullFrame_.ofRows(b) : nullptr,
+               frameIsFull ? fullFrame_.ofColumns(0) : nullptr});
+      }
+      mix(job, b);
+    }
+  }
+
+ private:
+  /// Bytes before a row of weights, and from one row to the next.
+  static constexpr std::size_t kBefore = kLanes;
+
+  void prepare(const Feathering& job) {
+    cols_ = job.cols;
+    tiles_ = (chamfer::stepsOf(cols_) + kLanes - 1) / kLanes;
+    stride_ = static_cast<std::size_t>(cols_) + 4 * kLanes;
+    slanted_.resize(static_cast<std::size_t>(tiles_) * kLanes * kLanes);
+    straight_.resize(stride_ * kLanes);
+    content_.resize(static_cast<std::size_t>(cols_));
+  }
+
+  bool isFull(const ImageView& frame) {
+    for (int r = 0; r < frame.rows; ++r) {
+      if (contentOfRow(frame, r, content_) != Filling::kFull) return false;
+    }
+    return true;
+  }
+
+  void weigh(const BlockDistances& distances) {
+    Leveled<WeighSlanted>::call<const BlockDistances&>(distances, chamfer::stepsOf(cols_),
+                                                       slanted_.data());
+    straighten();
+  }
+
+  /// The frame's distances are all 0.
+  void weighAgainst(const float* ground) {
+    static constexpr float kZeros[kLanes] = {};
+    zeroColumns_.assign(static_cast<std::size_t>(chamfer::stepsOf(cols_)) + kLanes, 0.0F);
+    weigh({ground, nullptr, kZeros, zeroColumns_.data() + chamfer::stepsOf(cols_)});
+  }
+
+  void straighten() {
+    Leveled<Straighten>::call(static_cast<const Bytes*>(slanted_.data()), tiles_,
+                              straight_.data() + kBefore, static_cast<std::ptrdiff_t>(stride_));
+  }
+
+  void mix(const Feathering& job, int block) {
+    const std::size_t bytes = planeSize(1, job.cols, job.channels);
+    const int first = block * kLanes;
+    const int end = std::min(job.rows, first + kLanes);
+    for (int r = first; r < end; ++r) {
+      Bytes* const ground = job.ground + r * job.stride;
+      Bytes* const frame = job.frame + rowStart(r, job.cols, job.channels);
+      const Bytes* const weights =
+          straight_.data() + static_cast<std::size_t>(r - first) * stride_ + kBefore;
+      if (job.channels == 3) {
+        Leveled<MixColour>::call(static_cast<const Bytes*>(ground), weights, job.cols, frame);
+      } else {
+        Leveled<MixGray>::call(static_cast<const Bytes*>(ground), weights, job.cols, frame);
+      }
+      std::memcpy(ground, frame, bytes);
+      if (job.copy != nullptr) {
+        std::memcpy(job.copy + rowStart(r, job.cols, job.channels), frame, bytes);
+      }
+    }
+  }
+
+  Distances ground_, frame_;
+  FrameDistances fullFrame_;
+  int cols_ = 0;
+  int tiles_ = 0;
+  std::size_t stride_ = 0;
+  std::vector<Bytes> slanted_, straight_, content_;
+  std::vector<float> zeroColumns_;
+};
+
+/// Kept from call to call.
+std::unique_ptr<Featherer>& featherer() {
+  static std::unique_ptr<Featherer> instance;
+  return instance;
+}
+
+bool disjoint(const Bytes* a, std::size_t aBytes, const Bytes* b, std::size_t bBytes) noexcept {
+  const std::less_equal<> before;
+  return before(a + aBytes, b) || before(b + bBytes, a);
+}
+
+}  // namespace
+
+bool canFeather(const Feathering& job) noexcept {
+  if (job.channels != 1 && job.channels != 3) return false;
+  if (job.rows < 2 || job.cols < 3) return false;
+  const std::size_t bytes = planeSize(job.rows, job.cols, job.channels);
+  if (bytes > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return false;
+  const std::size_t extent = static_cast<std::size_t>(job.stride) *
+                                 static_cast<std::size_t>(job.rows - 1) +
+                             planeSize(1, job.cols, job.channels);
+  if (!disjoint(job.ground, extent, job.frame, bytes)) return false;
+  return job.copy == nullptr || (disjoint(job.copy, bytes, job.frame, bytes) &&
+                                 disjoint(job.copy, bytes, job.ground, extent));
+}
+
+void feather(const Feathering& job) {
+  if (!featherer()) featherer() = std::make_unique<Featherer>();
+  featherer()->run(job);
+}
+
+void releaseFeather() noexcept { featherer().reset(); }
+
+}  // namespace framequilt
