@@ -12,6 +12,7 @@
 #include "framequilt/tuning.h"
 #include "imaging/gray.h"
 #include "imaging/pixel_math.h"
+#include "imaging/run_buffer.h"
 #include "interface/report.h"
 
 namespace {
@@ -35,6 +36,7 @@ void releaseRun() {
   std::vector<SPoint>().swap(HarrissCornerSPointOneArray);
   std::vector<SPoint>().swap(HarrissCornerSPointTwoArray);
   mosaicImgCpu.release();
+  framequilt::keepDropped(false);
 }
 
 void deriveSizes(int rows, int cols, int cornerBudget) {
@@ -57,6 +59,7 @@ void describeFrames(int rows, int cols, int channels) {
 
 bool initJointCpu(int rows, int cols, int channels, int cornerBudget, int maxRow, int maxCol) {
   stopFormerWorkers();
+  framequilt::keepDropped(true);
 
   startOneThFlag = true;
   startTwoThFlag = true;

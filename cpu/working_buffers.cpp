@@ -69,21 +69,21 @@ void allocateRunBuffers(int rows, int cols, int channels) {
 }
 
 void allocatePairPlanes() {
-  ensure(resiz_One, grayPlane());
-  ensure(resiz_Two, grayPlane());
-  ensure(resiz_OneBound, boundPlane());
-  ensure(resiz_TwoBound, boundPlane());
+  ensureRoom(resiz_One, grayPlane());
+  ensureRoom(resiz_Two, grayPlane());
+  ensureRoom(resiz_OneBound, boundPlane());
+  ensureRoom(resiz_TwoBound, boundPlane());
 }
 
 void releasePairPlanes() noexcept { dropAll(resiz_One, resiz_Two, resiz_OneBound, resiz_TwoBound); }
 
 void allocateMotionPlanes() {
-  ensure(PreFrameImageGrayCpu, framePlane(0));
-  ensure(CurFrameImageGrayCpu, framePlane(0));
-  ensure(PreFrameImageGrayBoundCpu, framePlane(4));
-  ensure(CurFrameImageGrayBoundCpu, framePlane(4));
-  ensure(PreFrameImageGrayBoundTempCpu, framePlane(4));
-  ensure(CurFrameImageGrayBoundTempCpu, framePlane(4));
+  ensureRoom(PreFrameImageGrayCpu, framePlane(0));
+  ensureRoom(CurFrameImageGrayCpu, framePlane(0));
+  ensureRoom(PreFrameImageGrayBoundCpu, framePlane(4));
+  ensureRoom(CurFrameImageGrayBoundCpu, framePlane(4));
+  ensureRoom(PreFrameImageGrayBoundTempCpu, framePlane(4));
+  ensureRoom(CurFrameImageGrayBoundTempCpu, framePlane(4));
 }
 
 void releaseMotionPlanes() noexcept {
@@ -92,8 +92,8 @@ void releaseMotionPlanes() noexcept {
 }
 
 void allocateOverlapPlanes() {
-  ensure(resiz_OneBoundFilter, framePlane(8));
-  ensure(resiz_TwoBoundFilter, framePlane(8));
+  ensureRoom(resiz_OneBoundFilter, framePlane(8));
+  ensureRoom(resiz_TwoBoundFilter, framePlane(8));
 }
 
 void releaseOverlapPlanes() noexcept { dropAll(resiz_OneBoundFilter, resiz_TwoBoundFilter); }

@@ -19,7 +19,7 @@
 namespace {
 
 using framequilt::drop;
-using framequilt::ensure;
+using framequilt::ensureRoom;
 using framequilt::planeSize;
 using framequilt::rowStart;
 
@@ -41,7 +41,7 @@ struct HarrisPlanes {
 
   /// Room for a padded plane of the reduced image in each.
   void allocate(std::size_t elements) {
-    for (float** plane : {&gx2, &gy2, &gxy, &bound, &boundTemp}) ensure(*plane, elements);
+    for (float** plane : {&gx2, &gy2, &gxy, &bound, &boundTemp}) ensureRoom(*plane, elements);
   }
 
   void release() {

@@ -67,8 +67,7 @@ struct Shift<32> {
   using F = Front<32>;
   FRAMEQUILT_ROUTINE void up(const F& from, float first, F& to) {
     const F::Ints edge = (F::Ints)(F::Floats{} + first);
-    to.part[1] =
-        __builtin_shufflevector(from.part[0], from.part[1], 7, 8, 9, 10, 11, 12, 13, 14);
+    to.part[1] = __builtin_shufflevector(from.part[0], from.part[1], 7, 8, 9, 10, 11, 12, 13, 14);
     to.part[0] = __builtin_shufflevector(edge, from.part[0], 7, 8, 9, 10, 11, 12, 13, 14);
   }
   FRAMEQUILT_ROUTINE void down(const F& from, float last, F& to) {
@@ -107,8 +106,8 @@ void diagonalCosts(int firstRow, int fixedRow, float (&costs)[kLanes]) {
   for (int k = 0; k < kLanes; ++k) costs[k] = firstRow + k == fixedRow ? kNoWay : kDiagonalStep;
 }
 
-/// The first and last column are not updated: of a step that touches them, or lies beyond them, only
-/// the lanes in between.
+/// The first and last column are not updated: of a step that touches them, or lies beyond them,
+/// only the lanes in between.
 template <int Bytes>
 struct Inner {
   using F = Front<Bytes>;
@@ -240,8 +239,6 @@ void spreadDown(const Block& block, const std::uint16_t* content) {
   LeveledByWidth<SpreadDown, void (*)(const Block&, const std::uint16_t*)>::call(block, content);
 }
 
-void spreadUp(const Block& block) {
-  LeveledByWidth<SpreadUp, void (*)(const Block&)>::call(block);
-}
+void spreadUp(const Block& block) { LeveledByWidth<SpreadUp, void (*)(const Block&)>::call(block); }
 
 }  // namespace framequilt::chamfer

@@ -3,10 +3,11 @@
 /// The chamfer distances of the fusion in blocks of rows that advance together.
 ///
 /// A pixel's distance depends on its left, upper and upper-left neighbours, so that a row cannot be
-/// spread all at once. A block of 16 rows can: row k of a block is at column t - k while row 0 is at
-/// column t, and its neighbours were finished one and two steps before. So step t of a block holds
-/// 16 distances on a slanted line, and the map of a block is the sequence of its steps. Values are
-/// those of `spreadDistances` (fusion.h), bit for bit: every one is a minimum of the same sums.
+/// spread all at once. A block of 16 rows can: row k of a block is at column t - k while row 0 is
+/// at column t, and its neighbours were finished one and two steps before. So step t of a block
+/// holds 16 distances on a slanted line, and the map of a block is the sequence of its steps.
+/// Values are those of `spreadDistances` (fusion.h), bit for bit: every one is a minimum of the
+/// same sums.
 #pragma once
 
 #include <cstddef>
@@ -45,16 +46,15 @@ inline Edge firstRowOf(const float* map) { return {map, kLanes}; }
 
 /// A block of rows.
 struct Block {
-  float* map;     ///< `blockFloats(cols)`.
-  Edge edge;      ///< The row above it on the way down, below it on the way up.
-  int rows;       ///< Of the image.
-  int cols;       ///< At least 3.
+  float* map;  ///< `blockFloats(cols)`.
+  Edge edge;   ///< The row above it on the way down, below it on the way up.
+  int rows;    ///< Of the image.
+  int cols;    ///< At least 3.
   int firstRow;
 };
 
-/// Bit k of `content[t]`: the pixel of row k at step t has content. Steps beyond a row's columns may
-/// hold anything.
-/// Fills the map on the way down: left, upper and upper-left neighbours.
+/// Bit k of `content[t]`: the pixel of row k at step t has content. Steps beyond a row's columns
+/// may hold anything. Fills the map on the way down: left, upper and upper-left neighbours.
 void spreadDown(const Block& block, const std::uint16_t* content);
 
 /// Updates the map on the way up: right, lower and lower-right neighbours.

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// Distances of the fusion's pixels from what has no content, one block of rows at a time and in the
-/// slanted order of chamfer.h. The values are those of `spreadDistances` (fusion.h).
+/// Distances of the fusion's pixels from what has no content, one block of rows at a time and in
+/// the slanted order of chamfer.h. The values are those of `spreadDistances` (fusion.h).
 #pragma once
 
 #include <cstdint>
@@ -44,8 +44,8 @@ class Distances {
   chamfer::Edge below_ = {};
 };
 
-/// Of a frame without empty pixels whose outermost pixels count as empty. They depend on nothing but
-/// the place: straight ways to the nearest side are the shortest.
+/// Of a frame without empty pixels whose outermost pixels count as empty. They depend on nothing
+/// but the place: straight ways to the nearest side are the shortest.
 class FrameDistances {
  public:
   void begin(int rows, int cols);

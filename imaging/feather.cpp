@@ -67,8 +67,8 @@ struct Straighten {
 
   FRAMEQUILT_ROUTINE void interleave(const Lane& a, const Lane& b, Lane& low, Lane& high) {
     low = __builtin_shufflevector(a, b, 0, 16, 1, 17, 2, 18, 3, 19, 4, 20, 5, 21, 6, 22, 7, 23);
-    high = __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15,
-                                   31);
+    high =
+        __builtin_shufflevector(a, b, 8, 24, 9, 25, 10, 26, 11, 27, 12, 28, 13, 29, 14, 30, 15, 31);
   }
 
   FRAMEQUILT_ROUTINE void halves(const Lane (&from)[kLanes], Lane (&to)[kLanes]) {
@@ -77,8 +77,7 @@ struct Straighten {
     }
   }
 
-  FRAMEQUILT_ROUTINE void run(const Bytes* slanted, int tiles, Bytes* rows,
-                              std::ptrdiff_t stride) {
+  FRAMEQUILT_ROUTINE void run(const Bytes* slanted, int tiles, Bytes* rows, std::ptrdiff_t stride) {
     for (int tile = 0; tile < tiles; ++tile) {
       // Interleaving the halves four times transposes a square of 16 x 16.
       Lane a[kLanes];
@@ -241,9 +240,9 @@ bool canFeather(const Feathering& job) noexcept {
   if (job.rows < 2 || job.cols < 3) return false;
   const std::size_t bytes = planeSize(job.rows, job.cols, job.channels);
   if (bytes > static_cast<std::size_t>(std::numeric_limits<std::int32_t>::max())) return false;
-  const std::size_t extent = static_cast<std::size_t>(job.stride) *
-                                 static_cast<std::size_t>(job.rows - 1) +
-                             planeSize(1, job.cols, job.channels);
+  const std::size_t extent =
+      static_cast<std::size_t>(job.stride) * static_cast<std::size_t>(job.rows - 1) +
+      planeSize(1, job.cols, job.channels);
   if (!disjoint(job.ground, extent, job.frame, bytes)) return false;
   return job.copy == nullptr || (disjoint(job.copy, bytes, job.frame, bytes) &&
                                  disjoint(job.copy, bytes, job.ground, extent));

@@ -17,8 +17,8 @@ struct Feathering {
   int rows, cols, channels;
 };
 
-/// Whether `feather` can do it: 1 or 3 channels, at least 2 x 3 pixels, less than 2^31 bytes, images
-/// that do not touch each other.
+/// Whether `feather` can do it: 1 or 3 channels, at least 2 x 3 pixels, less than 2^31 bytes,
+/// images that do not touch each other.
 bool canFeather(const Feathering& job) noexcept;
 
 /// Mixes `ground` and `frame` as `twoImageFusion` does. One call at a time.

@@ -18,7 +18,7 @@ namespace {
 
 using framequilt::AtScopeEnd;
 using framequilt::drop;
-using framequilt::ensure;
+using framequilt::ensureRoom;
 using framequilt::planeSize;
 using framequilt::rowStart;
 
@@ -119,8 +119,8 @@ bool weightofTwoAreaFun(unsigned char* image1, unsigned char* image2, int rows, 
     if (ownsOne) drop(AreaImageOneGaryFloat);
     if (ownsTwo) drop(AreaImageTwoGaryFloat);
   });
-  ensure(AreaImageOneGaryFloat, pixels);
-  ensure(AreaImageTwoGaryFloat, pixels);
+  ensureRoom(AreaImageOneGaryFloat, pixels);
+  ensureRoom(AreaImageTwoGaryFloat, pixels);
   float* const a = AreaImageOneGaryFloat;
   float* const b = AreaImageTwoGaryFloat;
 
@@ -157,11 +157,11 @@ void fusePlainly(unsigned char* image1, unsigned char* image2, int channels, int
                  int cols) {
   const std::size_t pixels = planeSize(rows, cols);
   const std::size_t plane = std::max(pixels, planeSize(RealImgRow, RealImgCol));
-  ensure(AreaImageOneGaryFloat, plane);
-  ensure(AreaImageTwoGaryFloat, plane);
-  ensure(AreaImageOneWeight, std::max(plane, planeSize(RealImgRow, RealImgCol, channels)));
-  ensure(AreaImageOneGary, plane);
-  ensure(AreaImageTwoGary, plane);
+  ensureRoom(AreaImageOneGaryFloat, plane);
+  ensureRoom(AreaImageTwoGaryFloat, plane);
+  ensureRoom(AreaImageOneWeight, std::max(plane, planeSize(RealImgRow, RealImgCol, channels)));
+  ensureRoom(AreaImageOneGary, plane);
+  ensureRoom(AreaImageTwoGary, plane);
 
   weightofTwoAreaFun(image1, image2, rows, cols, channels, ignored, AreaImageOneWeight);
   if (channels >= 2) {

@@ -1,22 +1,34 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "imaging/run_buffer.h"
 
+#include <sys/mman.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
+#include <new>
+#include <utility>
 
 namespace framequilt {
 namespace {
 
+/// What the library put into an exported pointer last.
 struct Allocation {
-  void* memory;
-  std::size_t elements;
+  void* memory = nullptr;
+  std::size_t bytes = 0;
+  void (*release)(void*) = nullptr;
+  bool kept = false;  ///< The pointer has been set to null since, the memory waits for it.
 };
 
-/// What the library put into each exported pointer last, by the pointer's address.
+/// By the address of the exported pointer.
 struct Ledger {
   std::mutex mutex;
   std::map<const void*, Allocation> own;
+  bool keeps = false;
 };
 
 // Never destroyed: a worker of a run that nobody stopped may still allocate while the process ends.
@@ -25,45 +37,105 @@ Ledger& ledger() {
   return instance;
 }
 
-bool tooSmall(const void* slot, const void* memory, std::size_t elements) {
+void releaseKept(Allocation& allocation) noexcept {
+  if (!allocation.kept) return;
+  allocation.release(allocation.memory);
+  allocation = {};
+}
+
+bool tooSmall(const void* slot, const void* memory, std::size_t bytes) {
   const std::lock_guard lock(ledger().mutex);
   const auto entry = ledger().own.find(slot);
   return entry != ledger().own.end() && entry->second.memory == memory &&
-         entry->second.elements < elements;
+         entry->second.bytes < bytes;
 }
 
-void forget(const void* slot) noexcept {
+/// The memory that waits for a buffer, if there is enough of it; null otherwise. Less than is
+/// wanted is released.
+void* takeKept(const void* slot, std::size_t bytes) {
   const std::lock_guard lock(ledger().mutex);
   const auto entry = ledger().own.find(slot);
-  if (entry != ledger().own.end()) entry->second.memory = nullptr;
+  if (entry == ledger().own.end()) return nullptr;
+  Allocation& allocation = entry->second;
+  if (allocation.bytes < bytes) releaseKept(allocation);
+  if (!allocation.kept) return nullptr;
+  allocation.kept = false;
+  return allocation.memory;
+}
+
+/// Whether the memory is the library's, and is kept from now on.
+bool keep(const void* slot, const void* memory) noexcept {
+  const std::lock_guard lock(ledger().mutex);
+  const auto entry = ledger().own.find(slot);
+  if (entry == ledger().own.end() || entry->second.memory != memory) return false;
+  if (ledger().keeps) {
+    entry->second.kept = true;
+    return true;
+  }
+  entry->second = {};
+  return false;
+}
+
+/// Asks for large pages: the pages of a large frame are touched some ten times sooner so.
+void adviseLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) noexcept {
+#ifdef MADV_HUGEPAGE
+  constexpr std::size_t kLargePage = std::size_t{2} << 20U;
+  if (bytes < 2 * kLargePage) return;
+  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
+  const auto start = (reinterpret_cast<std::uintptr_t>(memory) + page - 1) / page * page;
+  const auto end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / page * page;
+  madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);  // Only advice.
+#endif
 }
 
 }  // namespace
 
 template <class T>
-void ensure(T*& buffer, std::size_t elements) {
-  if (buffer != nullptr && tooSmall(&buffer, buffer, elements)) drop(buffer);
+void ensureRoom(T*& buffer, std::size_t elements) {
+  if (elements > std::numeric_limits<std::size_t>::max() / sizeof(T)) throw std::bad_alloc();
+  const std::size_t bytes = elements * sizeof(T);
+  if (buffer != nullptr && tooSmall(&buffer, buffer, bytes)) drop(buffer);
+  if (buffer != nullptr) return;
+  buffer = static_cast<T*>(takeKept(&buffer, bytes));
   if (buffer != nullptr) return;
 
-  auto fresh = std::make_unique<T[]>(elements);
+  std::unique_ptr<T[]> fresh(new T[elements]);
+  adviseLargePages(fresh.get(), bytes);
   {
     const std::lock_guard lock(ledger().mutex);
-    ledger().own[&buffer] = {fresh.get(), elements};
+    ledger().own[&buffer] = {fresh.get(), bytes,
+                             [](void* memory) { delete[] static_cast<T*>(memory); }};
   }
   buffer = fresh.release();
 }
 
 template <class T>
+void ensure(T*& buffer, std::size_t elements) {
+  const bool stays = buffer != nullptr && !tooSmall(&buffer, buffer, elements * sizeof(T));
+  ensureRoom(buffer, elements);
+  if (!stays) std::fill_n(buffer, elements, T{0});
+}
+
+template <class T>
 void drop(T*& buffer) noexcept {
   if (buffer == nullptr) return;
-  forget(&buffer);
-  delete[] buffer;
-  buffer = nullptr;
+  T* const memory = std::exchange(buffer, nullptr);
+  if (!keep(&buffer, memory)) delete[] memory;
+}
+
+void keepDropped(bool keep) noexcept {
+  const std::lock_guard lock(ledger().mutex);
+  ledger().keeps = keep;
+  if (keep) return;
+  for (auto& [slot, allocation] : ledger().own) releaseKept(allocation);
 }
 
 template void ensure<unsigned char>(unsigned char*&, std::size_t);
 template void ensure<unsigned short>(unsigned short*&, std::size_t);
 template void ensure<float>(float*&, std::size_t);
+template void ensureRoom<unsigned char>(unsigned char*&, std::size_t);
+template void ensureRoom<unsigned short>(unsigned short*&, std::size_t);
+template void ensureRoom<float>(float*&, std::size_t);
 template void drop<unsigned char>(unsigned char*&) noexcept;
 template void drop<unsigned short>(unsigned short*&) noexcept;
 template void drop<float>(float*&) noexcept;

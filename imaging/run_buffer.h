@@ -3,8 +3,10 @@
 /// Ownership of the run's buffers. The exported pointer is the only truth: a buffer exists while
 /// its pointer is not null, and a host may have set the pointer itself, to memory from `new[]`.
 /// Beside it the library only remembers how much it allocated itself, to notice a buffer that has
-/// become too small. Each buffer is handled by one thread at a time; different ones may be handled
-/// at the same time.
+/// become too small. While a run is open it also keeps the memory that a pointer held before it
+/// became null: a buffer that lives for one step of a frame gets the same memory again in the next
+/// frame, since touching new pages costs more than most steps. Each buffer is handled by one thread
+/// at a time; different ones may be handled at the same time.
 #pragma once
 
 #include <cstddef>
@@ -18,13 +20,25 @@ namespace framequilt {
 template <class T>
 void ensure(T*& buffer, std::size_t elements);
 
-/// Releases `buffer` with `delete[]` and sets it to null.
+/// The same without zeros: a new buffer holds anything, for those that are written before they are
+/// read.
+template <class T>
+void ensureRoom(T*& buffer, std::size_t elements);
+
+/// Releases `buffer` with `delete[]` and sets it to null. Between `keepDropped(true)` and
+/// `keepDropped(false)` memory of the library waits for the next `ensure` of this buffer instead.
 template <class T>
 void drop(T*& buffer) noexcept;
+
+/// At the start of a run, and at its end: then what was kept is released.
+void keepDropped(bool keep) noexcept;
 
 extern template void ensure<unsigned char>(unsigned char*&, std::size_t);
 extern template void ensure<unsigned short>(unsigned short*&, std::size_t);
 extern template void ensure<float>(float*&, std::size_t);
+extern template void ensureRoom<unsigned char>(unsigned char*&, std::size_t);
+extern template void ensureRoom<unsigned short>(unsigned short*&, std::size_t);
+extern template void ensureRoom<float>(float*&, std::size_t);
 extern template void drop<unsigned char>(unsigned char*&) noexcept;
 extern template void drop<unsigned short>(unsigned short*&) noexcept;
 extern template void drop<float>(float*&) noexcept;

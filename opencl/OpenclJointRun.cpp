@@ -112,6 +112,7 @@ void releaseHostMemory() {
   mosaicImgCL.release();
   std::vector<SPoint>().swap(HarrissCornerSPointOneArrayCL);
   std::vector<SPoint>().swap(HarrissCornerSPointTwoArrayCL);
+  framequilt::keepDropped(false);
 }
 
 void joinAndReport(framequilt::CornerLane& lane, bool& flag, const char* success,
@@ -144,6 +145,7 @@ bool initJointCL(int rows, int cols, int channels, int cornerBudget, int maxRow,
     return false;
   }
 
+  framequilt::keepDropped(true);
   deriveLimits(cornerBudget);
   describeFrames(rows, cols, channels);
   MAXROWCL = std::min(MAXROWCL, maxRow);

@@ -160,8 +160,8 @@ TEST(Feather, AgreesWithThePlainFusionAtEveryWidthAndOfEveryNature) {
   Random random(401);
   for (int cols = 3; cols <= 70; ++cols) {
     for (const Nature& ground : natures()) {
-      const Nature& frame =
-          natures()[static_cast<std::size_t>(random.between(0, static_cast<int>(natures().size()) - 1))];
+      const Nature& frame = natures()[static_cast<std::size_t>(
+          random.between(0, static_cast<int>(natures().size()) - 1))];
       const int rows = random.between(2, 50);
       const int channels = random.between(0, 1) == 0 ? 1 : 3;
       SCOPED_TRACE(ground.name + " under " + frame.name + ": " + std::to_string(rows) + " x " +

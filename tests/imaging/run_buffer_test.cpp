@@ -15,6 +15,8 @@ namespace {
 using framequilt::AtScopeEnd;
 using framequilt::drop;
 using framequilt::ensure;
+using framequilt::ensureRoom;
+using framequilt::keepDropped;
 
 template <class T>
 class RunBuffer : public testing::Test {
@@ -122,6 +124,76 @@ TYPED_TEST(RunBuffer, EmptyOneIsNotNull) {
   EXPECT_NE(this->buffer_, nullptr);
   ensure(this->buffer_, 5);
   EXPECT_TRUE(this->holds(5, TypeParam{0}));
+}
+
+/// While buffers are kept.
+template <class T>
+class KeptBuffer : public RunBuffer<T> {
+ protected:
+  KeptBuffer() { keepDropped(true); }
+  ~KeptBuffer() override {
+    drop(this->buffer_);
+    keepDropped(false);
+  }
+};
+TYPED_TEST_SUITE(KeptBuffer, Elements);
+
+TYPED_TEST(KeptBuffer, DroppedMemoryComesBackToItsBuffer) {
+  ensure(this->buffer_, 100);
+  TypeParam* const before = this->buffer_;
+  this->fill(100, TypeParam{7});
+  drop(this->buffer_);
+  EXPECT_EQ(this->buffer_, nullptr);
+  ensureRoom(this->buffer_, 100);
+  EXPECT_EQ(this->buffer_, before);
+  EXPECT_TRUE(this->holds(100, TypeParam{7})) << "room holds anything";
+}
+
+TYPED_TEST(KeptBuffer, ComesBackAsZerosWhereZerosAreWanted) {
+  ensure(this->buffer_, 100);
+  this->fill(100, TypeParam{7});
+  drop(this->buffer_);
+  ensure(this->buffer_, 60);
+  EXPECT_TRUE(this->holds(60, TypeParam{0}));
+}
+
+TYPED_TEST(KeptBuffer, LargerOneIsFresh) {
+  ensure(this->buffer_, 100);
+  drop(this->buffer_);
+  ensure(this->buffer_, 5000);
+  EXPECT_TRUE(this->holds(5000, TypeParam{0}));
+  drop(this->buffer_);
+  TypeParam* other = nullptr;
+  ensure(other, 10);  // the address sanitizer sees one that two buffers share
+  ensure(this->buffer_, 5000);
+  EXPECT_NE(this->buffer_, other);
+  drop(other);
+}
+
+TYPED_TEST(KeptBuffer, MemoryOfTheHostIsReleased) {
+  this->buffer_ = new TypeParam[3];
+  TypeParam* const ofHost = this->buffer_;
+  drop(this->buffer_);  // the leak check sees one that is not released
+  ensure(this->buffer_, 100000);
+  EXPECT_NE(this->buffer_, ofHost);
+}
+
+TYPED_TEST(KeptBuffer, HostMayReleaseTheMemoryOfTheLibrary) {
+  ensure(this->buffer_, 1000);
+  delete[] this->buffer_;
+  this->buffer_ = nullptr;
+  ensure(this->buffer_, 1000);
+  ASSERT_NE(this->buffer_, nullptr);
+  EXPECT_TRUE(this->holds(1000, TypeParam{0}));
+}
+
+TYPED_TEST(KeptBuffer, EndOfKeepingReleases) {
+  ensure(this->buffer_, 1000);
+  drop(this->buffer_);
+  keepDropped(false);
+  ensure(this->buffer_, 1000);
+  EXPECT_TRUE(this->holds(1000, TypeParam{0}));
+  drop(this->buffer_);  // the leak check sees one that is kept
 }
 
 TEST(RunBufferFailure, NullStaysNull) {
