@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "features/features_state.h"
+#include "features/harris_rows.h"
 #include "features/selection.h"
 #include "framequilt/tuning.h"
 #include "imaging/filter.h"
@@ -24,8 +25,7 @@ using framequilt::planeSize;
 using framequilt::rowStart;
 
 constexpr float kHarrisK = 0.007F;
-/// No response lies closer than this to an edge of the plane.
-constexpr int kMargin = 20;
+using framequilt::kHarrisMargin;
 /// A corner whose response is below this share of another's is clearly weaker.
 constexpr float kRobust = 0.5F;
 
@@ -90,21 +90,11 @@ void selectCorners(float* response, float mean, int rows, int cols, std::vector<
   goToSecondGetRidOfSomeSPoints(values, points, count, pointdownscal, kRobust, corners);
 }
 
-bool findCorners(HarrisPlanes planes, unsigned char* gray, imgInfo info,
-                 std::vector<SPoint>& corners) {
-  if (gray == nullptr) {
-    framequilt::report("findHarrisCornerCoordianteFun ptr is null");
-    return false;
-  }
-  const int rows = gray_pointdownscal_row;
-  const int cols = gray_pointdownscal_col;
-  const int border = framequilt::smoothingTaps() / 2;
+/// Response of the reduced image in `planes.bound`, step by step. False, after a line, when the
+/// gradients refuse.
+bool respondPlainly(const HarrisPlanes& planes, int rows, int cols, int border, float& mean) {
   const std::size_t pixels = planeSize(rows, cols);
   const std::size_t padded = planeSize(rows + 2 * border, cols + 2 * border);
-  planes.allocate(std::max(padded, planeSize(imgScaleRow, imgScaleCol)));
-
-  reduce(gray, info, rows, cols, planes.reduced);
-
   // The gradients leave the outermost pixels alone.
   for (float* plane : {planes.gx2, planes.gy2, planes.gxy}) clear(plane, pixels);
   if (!findGradSquareCrossTerms(planes.reduced, rows, cols, planes.gx2, planes.gy2, planes.gxy)) {
@@ -118,12 +108,41 @@ bool findCorners(HarrisPlanes planes, unsigned char* gray, imgInfo info,
     smooth(planes, plane, rows, cols, border);
   }
 
-  float* const response = planes.bound;
-  float mean = 0.0F;
   float sum = 0.0F;
-  clear(response, pixels);
-  calcResponseValue(planes.gx2, planes.gy2, planes.gxy, kHarrisK, rows, cols, response, mean, sum);
-  selectCorners(response, mean, rows, cols, corners);
+  clear(planes.bound, pixels);
+  calcResponseValue(planes.gx2, planes.gy2, planes.gxy, kHarrisK, rows, cols, planes.bound, mean,
+                    sum);
+  return true;
+}
+
+/// The same, in one pass where that can be.
+bool respond(const HarrisPlanes& planes, int rows, int cols, float& mean) {
+  const int taps = framequilt::smoothingTaps();
+  if (planes.reduced == nullptr || taps != framequilt::kHarrisTaps) {
+    return respondPlainly(planes, rows, cols, taps / 2, mean);
+  }
+  const float sum = framequilt::harrisResponse(planes.reduced, rows, cols,
+                                               {planes.kernel, kHarrisK}, planes.bound);
+  mean = sum / static_cast<float>(framequilt::product32(rows, cols));
+  return true;
+}
+
+bool findCorners(HarrisPlanes planes, unsigned char* gray, imgInfo info,
+                 std::vector<SPoint>& corners) {
+  if (gray == nullptr) {
+    framequilt::report("findHarrisCornerCoordianteFun ptr is null");
+    return false;
+  }
+  const int rows = gray_pointdownscal_row;
+  const int cols = gray_pointdownscal_col;
+  const int border = framequilt::smoothingTaps() / 2;
+  const std::size_t padded = planeSize(rows + 2 * border, cols + 2 * border);
+  planes.allocate(std::max(padded, planeSize(imgScaleRow, imgScaleCol)));
+
+  reduce(gray, info, rows, cols, planes.reduced);
+  float mean = 0.0F;
+  if (!respond(planes, rows, cols, mean)) return false;
+  selectCorners(planes.bound, mean, rows, cols, corners);
   if (corners.empty()) {
     framequilt::report("HarrissCornerSPoint size is 0");
     return false;
@@ -205,8 +224,8 @@ bool calcResponseValue(float* gx2, float* gy2, float* gxy, float k, int rows, in
     framequilt::report("calcResponseValue ptr null");
     return false;
   }
-  for (int r = kMargin; r < rows - kMargin; ++r) {
-    for (int c = kMargin; c < cols - kMargin; ++c) {
+  for (int r = kHarrisMargin; r < rows - kHarrisMargin; ++r) {
+    for (int c = kHarrisMargin; c < cols - kHarrisMargin; ++c) {
       const std::ptrdiff_t i = rowStart(r, cols) + c;
       const float a = gx2[i];
       const float b = gy2[i];
