@@ -51,15 +51,24 @@ bool canHoldFrame(const cv::Mat& mosaic, SPoint position, int channels) {
   return framequilt::holdsFrame(mosaic, position, imgScaleRow, imgScaleCol, channels);
 }
 
+int measureMotion(imgInfo info) {
+  const AtScopeEnd release([] { framequilt::releaseMotionPlanes(); });
+  framequilt::allocateMotionPlanes();
+  const int motion = imageMotionModel(thedestImage_pre, thedestImageScale, info.rows, info.cols,
+                                      info.channels, info.channels);
+  framequilt::setMotionOfCall(motion);
+  return motion;
+}
+
 /// Has the view moved little enough?
 void judgeByMotion(imgInfo destInfo, int referenceChannels, stitchflags& flags) {
   motionValueThCpu = GstaticDynamicFlag != 0 ? motionValueThCpu0 : framequilt::kStaticMotionLimit;
-  const AtScopeEnd release([] { framequilt::releaseMotionPlanes(); });
-  framequilt::allocateMotionPlanes();
-  const int motion = imageMotionModel(thedestImage_pre, thedestImageScale, destInfo.rows,
-                                      destInfo.cols, destInfo.channels, destInfo.channels);
-  framequilt::setMotionOfCall(motion);
-  flags.stitch_flags = motion < motionValueThCpu ? 1 : 0;
+  // A static scene refuses the largest difference alone, which one pixel shows not to be there.
+  const bool staysBelow =
+      motionValueThCpu >= framequilt::kLargestMotion &&
+      framequilt::movesLessThanLargest(thedestImage_pre, thedestImageScale, destInfo.rows,
+                                       destInfo.cols, destInfo.channels);
+  flags.stitch_flags = staysBelow || measureMotion(destInfo) < motionValueThCpu ? 1 : 0;
   std::memcpy(thedestImage_pre, thedestImageScale, workingBytes(referenceChannels));
 }
 

@@ -124,7 +124,7 @@ float harrisResponse(const unsigned char* gray, int rows, int cols, const Harris
     const Products five[] = {ring.row(r - 2), ring.row(r - 1), ring.row(r), ring.row(r + 1),
                              ring.row(r + 2)};
     const Products smooth = ring.smoothed();
-    const auto down = [&](float* Products::* plane) {
+    const auto down = [&](float* Products::*plane) {
       Leveled<SmoothDown>::call(five[0].*plane, five[1].*plane, five[2].*plane, five[3].*plane,
                                 five[4].*plane, tuning.kernel, width, smooth.*plane);
     };

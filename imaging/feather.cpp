@@ -4,12 +4,12 @@
 #include <algorithm>
 #include <cstdint>
 #include <cstring>
-#include <functional>
 #include <limits>
 #include <memory>
 #include <vector>
 
 #include "imaging/cpu_level.h"
+#include "imaging/disjoint.h"
 #include "imaging/distances.h"
 #include "imaging/pixel_math.h"
 
@@ -226,11 +226,6 @@ class Featherer {
 std::unique_ptr<Featherer>& featherer() {
   static std::unique_ptr<Featherer> instance;
   return instance;
-}
-
-bool disjoint(const Bytes* a, std::size_t aBytes, const Bytes* b, std::size_t bBytes) noexcept {
-  const std::less_equal<> before;
-  return before(a + aBytes, b) || before(b + bBytes, a);
 }
 
 }  // namespace

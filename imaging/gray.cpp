@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "imaging/cpu_level.h"
+#include "imaging/disjoint.h"
 #include "imaging/pixel_math.h"
 #include "interface/report.h"
 
@@ -23,6 +25,22 @@ unsigned weightedSum(const unsigned char* bgr) {
 
 unsigned char integerGray(const unsigned char* bgr) {
   return static_cast<unsigned char>((weightedSum(bgr) + 500U) / 1000U);
+}
+
+struct GrayRow {
+  FRAMEQUILT_ROUTINE void run(const unsigned char* __restrict bgr, std::size_t pixels,
+                              unsigned char* __restrict gray) {
+    for (std::size_t i = 0; i < pixels; ++i) gray[i] = integerGray(bgr + kColour * i);
+  }
+};
+
+/// Images that touch each other are converted pixel by pixel, in their order.
+void toGray(const unsigned char* bgr, std::size_t pixels, unsigned char* gray) {
+  if (framequilt::disjoint(bgr, kColour * pixels, gray, pixels)) {
+    framequilt::Leveled<GrayRow>::call(bgr, pixels, gray);
+  } else {
+    for (std::size_t i = 0; i < pixels; ++i) gray[i] = integerGray(bgr + kColour * i);
+  }
 }
 
 float tableGray(const unsigned char* bgr) {
@@ -45,8 +63,7 @@ bool refuseNull() {
 
 bool rgb2Gray(unsigned char* src, int rows, int cols, unsigned char* dst) {
   if (src == nullptr || dst == nullptr) return refuseNull();
-  const std::size_t pixels = planeSize(rows, cols);
-  for (std::size_t i = 0; i < pixels; ++i) dst[i] = integerGray(src + kColour * i);
+  toGray(src, planeSize(rows, cols), dst);
   return true;
 }
 
@@ -54,8 +71,8 @@ bool rgb2GrayTwo(unsigned char* src1, unsigned char* src2, int rows, int cols, u
                  unsigned char* dst2) {
   if (src1 == nullptr || dst1 == nullptr) return refuseNull();
   const std::size_t pixels = planeSize(rows, cols);
-  for (std::size_t i = 0; i < pixels; ++i) dst1[i] = integerGray(src1 + kColour * i);
-  for (std::size_t i = 0; i < pixels; ++i) dst2[i] = integerGray(src2 + kColour * i);
+  toGray(src1, pixels, dst1);
+  toGray(src2, pixels, dst2);
   return true;
 }
 

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "imaging/motion.h"
 
+#include <algorithm>
+#include <cstddef>
 #include <cstdlib>
 #include <cstring>
+#include <limits>
 
 #include "framequilt/tuning.h"
 #include "imaging/filter.h"
@@ -13,8 +16,8 @@
 
 namespace {
 
-/// The value that every limit refuses.
-constexpr int kUnmeasured = 255;
+/// What an unmeasured motion counts as.
+constexpr int kUnmeasured = framequilt::kLargestMotion;
 
 /// A frame's gray plane and the two padded planes that it is smoothed in.
 struct MotionPlanes {
@@ -84,3 +87,42 @@ int imageMotionModel(unsigned char* previous, unsigned char* current, int rows, 
   }
   return sum / pixelCount;
 }
+
+namespace framequilt {
+namespace {
+
+/// Smoothed gray value of a frame's top-left pixel: that of a frame which ends with the last pixel
+/// that takes part in it.
+int firstSmoothedGray(const unsigned char* frame, int rows, int cols, int channels) {
+  constexpr int kReach = 2;
+  constexpr int kSide = kReach + 1;
+  constexpr int kPadded = kSide + 2 * kReach;
+  const int height = std::min(rows, kSide);
+  const int width = std::min(cols, kSide);
+  const int pixelBytes = channels < 2 ? 1 : 3;
+  unsigned char corner[kSide * kSide * 3];
+  for (int r = 0; r < height; ++r) {
+    std::memcpy(corner + rowStart(r, width, pixelBytes), frame + rowStart(r, cols, pixelBytes),
+                planeSize(1, width, pixelBytes));
+  }
+  unsigned char gray[kSide * kSide] = {};
+  unsigned char padded[kPadded * kPadded] = {};
+  unsigned char paddedTemp[kPadded * kPadded] = {};
+  toGray(corner, height, width, channels, gray);
+  smooth({gray, padded, paddedTemp}, height, width);
+  return gray[0];
+}
+
+}  // namespace
+
+bool movesLessThanLargest(unsigned char* previous, unsigned char* current, int rows, int cols,
+                          int channels) {
+  constexpr std::size_t kLargestSum = std::numeric_limits<int>::max();
+  const std::size_t pixels = planeSize(rows, cols);
+  // The sum of larger frames may wrap.
+  if (pixels == 0 || pixels > kLargestSum / kLargestMotion) return false;
+  return std::abs(firstSmoothedGray(current, rows, cols, channels) -
+                  firstSmoothedGray(previous, rows, cols, channels)) < kLargestMotion;
+}
+
+}  // namespace framequilt

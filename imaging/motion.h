@@ -22,3 +22,15 @@ extern template bool pretJudgeImageCh<unsigned char>(unsigned char*, int, int, i
 /// gives 255, the value that every limit refuses. Caller's thread only.
 FRAMEQUILT_EXPORT int imageMotionModel(unsigned char* previous, unsigned char* current, int rows,
                                        int cols, int previousChannels, int currentChannels);
+
+namespace framequilt {
+
+/// The largest mean absolute difference of two frames.
+inline constexpr int kLargestMotion = 255;
+
+/// Whether the motion of two frames is shown to be less than the largest by one of their pixels;
+/// the motion may also be less when it is not. Frames as for `imageMotionModel`, neither null.
+bool movesLessThanLargest(unsigned char* previous, unsigned char* current, int rows, int cols,
+                          int channels);
+
+}  // namespace framequilt

@@ -49,7 +49,8 @@ Measures measuresOf(const EngineCall& call, const SessionOptions& options) {
     measures.brightness = difference(record.brightOne, record.brightTwo, call.limits.brightness);
     measures.sharpness =
         difference(record.definitionOne, record.definitionTwo, call.limits.sharpness);
-  } else if (call.motion) {
+  } else if (call.motion && (options.dynamicScene || record.stitch_flags != 1)) {
+    // What a static scene allows is nearly everything, and mostly not measured.
     measures.change = {static_cast<double>(*call.motion), static_cast<double>(call.limits.change)};
   }
   return measures;

@@ -120,11 +120,13 @@ enum class Verdict {
 
 /// What this frame's own call measured. A value is there only where the engine came so far.
 struct Measures {
-  Measure matches;                    ///< Pairs of corners that agree; at least the limit.
-  std::optional<cv::Point> offset;    ///< Since the frame it was matched with, in frame pixels.
-  std::optional<Measure> moved;       ///< Percent of the side it moved along; more than the limit.
-  std::optional<Measure> overlap;     ///< Percent of that side; more than the limit.
-  std::optional<Measure> change;      ///< Motion criterion, gray levels; less than the limit.
+  Measure matches;                  ///< Pairs of corners that agree; at least the limit.
+  std::optional<cv::Point> offset;  ///< Since the frame it was matched with, in frame pixels.
+  std::optional<Measure> moved;     ///< Percent of the side it moved along; more than the limit.
+  std::optional<Measure> overlap;   ///< Percent of that side; more than the limit.
+  /// Motion criterion of a dynamic scene, gray levels; less than the limit. A static scene allows
+  /// anything, and has it only where the frame was refused for it.
+  std::optional<Measure> change;
   std::optional<Measure> brightness;  ///< Overlap criterion: difference; less than the limit.
   std::optional<Measure> sharpness;   ///< Overlap criterion: difference; less than the limit.
 };

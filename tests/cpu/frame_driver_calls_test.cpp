@@ -108,7 +108,7 @@ class FrameDriverCalls : public testing::Test {
   void SetUp() override {
     script = {};
     GStitchMode = 1;
-    GstaticDynamicFlag = 0;
+    GstaticDynamicFlag = 1;  // a static scene mostly needs no measure
     start();
   }
 
@@ -256,6 +256,23 @@ TEST_F(FrameDriverCalls, PlanesOfThePairStayAfterAFrameWithoutOffset) {
 }
 
 // --- Motion ---
+
+TEST_F(FrameDriverCalls, MotionOfAStaticSceneIsMeasuredWhereOnePixelDoesNotDecide) {
+  GstaticDynamicFlag = 0;
+  EXPECT_EQ(first(), 0);
+  EXPECT_EQ(script.stages, (Stages{"offset", "blend"}));
+  EXPECT_EQ(motionValueThCpu, 255);
+  // From black to white.
+  std::fill_n(thedestImage_pre, area(kRows, kCols, kChannels), static_cast<unsigned char>(0));
+  std::fill(frame_.begin(), frame_.end(), static_cast<unsigned char>(255));
+  script.motionValue = 254;
+  next();
+  EXPECT_EQ(script.stages, (Stages{"offset", "motion", "blend"}));
+  std::fill_n(thedestImage_pre, area(kRows, kCols, kChannels), static_cast<unsigned char>(0));
+  script.motionValue = 255;
+  next();
+  EXPECT_EQ(script.stages, (Stages{"offset", "motion"}));
+}
 
 TEST_F(FrameDriverCalls, MotionIsMeasuredAtFullSizeAgainstTheFrameBefore) {
   for (const int factor : {1, 2}) {

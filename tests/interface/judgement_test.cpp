@@ -49,13 +49,27 @@ TEST(Judgement, OfAJoinedFrameHasTheChangeToo) {
   call.blended = true;
   call.limits.change = 255;
   call.motion = 14;
-  const Judgement judgement = judge(call, options(Criterion::kMotion));
+  SessionOptions dynamic = options(Criterion::kMotion);
+  dynamic.dynamicScene = true;
+  const Judgement judgement = judge(call, dynamic);
   EXPECT_EQ(judgement.reason, Refusal::kNone);
   EXPECT_EQ(judgement.judged.value, 0);
   EXPECT_EQ(judgement.measures.change.value_or(Measure{}).value, 14);
   EXPECT_EQ(judgement.measures.change.value_or(Measure{}).limit, 255);
   EXPECT_FALSE(judgement.measures.brightness);
   EXPECT_FALSE(judgement.measures.sharpness);
+}
+
+TEST(Judgement, OfAStaticSceneHasTheChangeOnlyWhereItWasTheReason) {
+  EngineCall call = callWithOffset(30, 0);
+  SessionOptions fixed = options(Criterion::kMotion);
+  fixed.dynamicScene = false;
+  call.motion = 255;
+  call.limits.change = 255;
+  EXPECT_EQ(judge(call, fixed).reason, Refusal::kMovingScene);
+  EXPECT_EQ(judge(call, fixed).judged.value, 255);
+  call.record.stitch_flags = 1;
+  EXPECT_FALSE(judge(call, fixed).measures.change);
 }
 
 TEST(Judgement, HasNoChangeWhereNoneWasMeasured) {
