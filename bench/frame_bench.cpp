@@ -50,6 +50,14 @@ int usableProcessors() {
   return sched_getaffinity(0, sizeof set, &set) == 0 ? CPU_COUNT(&set) : 0;
 }
 
+std::string compiler() {
+#ifdef __clang__
+  return __VERSION__;
+#else
+  return "GCC " __VERSION__;
+#endif
+}
+
 cv::Size parsedSize(const std::string& text) {
   cv::Size size;
   if (std::sscanf(text.c_str(), "%dx%d", &size.width, &size.height) != 2 || size.empty()) {
@@ -111,10 +119,11 @@ int runProgram(int argc, char** argv) {
   for (const std::string& size : wishes.sizes) {
     results.push_back(measure(parsedSize(size), wishes));
   }
-  std::fputs(markdownOf(results).c_str(), stdout);
+  const Conditions conditions{processorName(), usableProcessors(), cv::getNumThreads(), compiler()};
+  std::fputs(markdownOf(conditions, results).c_str(), stdout);
   if (!wishes.json.empty()) {
     std::ofstream file(wishes.json);
-    file << jsonOf({processorName(), usableProcessors(), cv::getNumThreads()}, results);
+    file << jsonOf(conditions, results);
     file.close();
     if (!file) throw std::runtime_error("'" + wishes.json + "' cannot be written");
   }

@@ -160,8 +160,11 @@ ordered_json jsonOf(const Line& line, const SizeResults& size) {
 
 }  // namespace
 
-std::string markdownOf(const std::vector<SizeResults>& results) {
-  std::string text;
+std::string markdownOf(const Conditions& conditions, const std::vector<SizeResults>& results) {
+  std::string text = "Processor " + conditions.processor + ", " +
+                     std::to_string(conditions.processors) + " of them; compiler " +
+                     conditions.compiler + "; OpenCV " CV_VERSION " with " +
+                     std::to_string(conditions.opencvThreads) + " threads.\n\n";
   for (const SizeResults& size : results) {
     text += "### " + std::to_string(size.frame.width) + " x " + std::to_string(size.frame.height) +
             ", " + std::to_string(size.frames) + " frames\n\n";
@@ -178,6 +181,7 @@ std::string markdownOf(const std::vector<SizeResults>& results) {
 std::string jsonOf(const Conditions& conditions, const std::vector<SizeResults>& results) {
   ordered_json json = {{"processor", conditions.processor},
                        {"processors", conditions.processors},
+                       {"compiler", conditions.compiler},
                        {"opencv", CV_VERSION},
                        {"opencv_threads", conditions.opencvThreads},
                        {"sizes", ordered_json::array()}};

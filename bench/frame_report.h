@@ -23,10 +23,11 @@ struct Conditions {
   std::string processor;
   int processors = 0;  ///< That programs may use.
   int opencvThreads = 0;
+  std::string compiler;
 };
 
-/// A section with a table for each size, in Markdown.
-std::string markdownOf(const std::vector<SizeResults>& results);
+/// The conditions in a sentence and a table for each size, in Markdown.
+std::string markdownOf(const Conditions& conditions, const std::vector<SizeResults>& results);
 
 std::string jsonOf(const Conditions& conditions, const std::vector<SizeResults>& results);
 
