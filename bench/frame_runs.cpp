@@ -85,6 +85,7 @@ std::vector<Run> takeTurns(const Capture& capture, const std::vector<Entry>& ent
     }
   }
   std::vector<Run> runs;
+  runs.reserve(runners.size());
   for (Runner& runner : runners) runs.push_back(runner.finish());
   return runs;
 }

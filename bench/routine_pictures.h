@@ -11,7 +11,7 @@ namespace framequilt::bench {
 /// What the routines are given: two frames of one scene that overlap by three quarters, and what a
 /// run makes of them on its way. Rows are packed; `data` of each matrix is handed over.
 struct RoutinePictures {
-  explicit RoutinePictures(cv::Size size);
+  explicit RoutinePictures(cv::Size frame);
 
   cv::Size size;
   cv::Mat colourA, colourB;

@@ -5,13 +5,13 @@
 set(frames 5)
 set(contenders
   entry_points_1 entry_points_8 session orb phase_correlation scans)
-# Pixels that a frame may lie beside its place. The library rounds offsets to 2 pixels, the stitcher
-# works at a reduced size.
+# Pixels that a frame may lie beside its place. The library finds offsets in steps of 2 pixels, the
+# stitcher works at a reduced size.
 set(tolerance_entry_points_1 4)
 set(tolerance_entry_points_8 4)
 set(tolerance_session 4)
-set(tolerance_orb 2)
-set(tolerance_phase_correlation 2)
+set(tolerance_orb 1)
+set(tolerance_phase_correlation 1)
 set(tolerance_scans 4)
 
 execute_process(
