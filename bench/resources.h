@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: Apache-2.0
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace framequilt::bench {
+
+/// Wall time and processor time of all threads, in milliseconds.
+struct Spent {
+  double wall = 0;
+  double cpu = 0;
+};
+
+/// Spent since it was made.
+class Stopwatch {
+ public:
+  Stopwatch() : start_(now()) {}
+  Spent spent() const;
+
+ private:
+  static Spent now();
+  Spent start_;
+};
+
+/// The most memory that the process had resident since this was made, above what it had then.
+class PeakMemory {
+ public:
+  PeakMemory();
+  /// Bytes; none where the system does not tell.
+  std::optional<std::int64_t> bytes() const;
+
+ private:
+  std::optional<std::int64_t> atStart_;
+};
+
+/// The processor's name, as the system gives it.
+std::string processorName();
+
+}  // namespace framequilt::bench
