@@ -4,6 +4,8 @@
 #include <algorithm>
 #include <opencv2/core.hpp>
 
+#include "imaging/large_pages.h"
+
 namespace {
 
 struct Border {
@@ -57,7 +59,9 @@ void BorderExpand(cv::Mat src, int growRows, int growCols, int dx, int dy, int f
   if (border.empty()) {
     dst = src;
   } else {
-    cv::Mat grown;
+    cv::Mat grown(src.rows + border.top + border.bottom, src.cols + border.left + border.right,
+                  src.type());
+    framequilt::adviseLargePages(grown.data, grown.total() * grown.elemSize());
     cv::copyMakeBorder(src, grown, border.top, border.bottom, border.left, border.right,
                        cv::BORDER_CONSTANT, cv::Scalar(0));
     dst = grown;

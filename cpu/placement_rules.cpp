@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cpu/placement_rules.h"
 
+#include <cstddef>
+#include <cstring>
 #include <mutex>
 #include <opencv2/core.hpp>
 
+#include "imaging/large_pages.h"
 #include "imaging/pixel_math.h"
 #include "imaging/region.h"
 #include "interface/mosaic_lock.h"
@@ -21,7 +24,10 @@ int mosaicType(int channels) { return isColour(channels) ? CV_8UC3 : CV_8UC1; }
 bool placeFrame(unsigned char* frame, int rows, int cols, int channels, SPoint start, SPoint end,
                 cv::Mat& mosaic) {
   const std::lock_guard lock(mosaicMutex());
-  mosaic = cv::Mat::zeros(kFirstMosaicSide, kFirstMosaicSide, mosaicType(channels));
+  mosaic.create(kFirstMosaicSide, kFirstMosaicSide, mosaicType(channels));
+  const std::size_t bytes = mosaic.total() * mosaic.elemSize();
+  adviseLargePages(mosaic.data, bytes);
+  std::memset(mosaic.data, 0, bytes);
   return willSmallImgToBigImgAssignRowCol(frame, rows, cols, start.y, end.y, start.x, end.x,
                                           mosaic.rows, mosaic.cols, channels, mosaic.data);
 }

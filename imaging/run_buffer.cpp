@@ -1,17 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "imaging/run_buffer.h"
 
-#include <sys/mman.h>
-#include <unistd.h>
-
 #include <algorithm>
-#include <cstdint>
 #include <limits>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <new>
 #include <utility>
+
+#include "imaging/large_pages.h"
 
 namespace framequilt {
 namespace {
@@ -74,18 +72,6 @@ bool keep(const void* slot, const void* memory) noexcept {
   }
   entry->second = {};
   return false;
-}
-
-/// Asks for large pages: the pages of a large frame are touched some ten times sooner so.
-void adviseLargePages([[maybe_unused]] void* memory, [[maybe_unused]] std::size_t bytes) noexcept {
-#ifdef MADV_HUGEPAGE
-  constexpr std::size_t kLargePage = std::size_t{2} << 20U;
-  if (bytes < 2 * kLargePage) return;
-  const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-  const auto start = (reinterpret_cast<std::uintptr_t>(memory) + page - 1) / page * page;
-  const auto end = (reinterpret_cast<std::uintptr_t>(memory) + bytes) / page * page;
-  madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);  // Only advice.
-#endif
 }
 
 }  // namespace
