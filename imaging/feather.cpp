@@ -104,10 +104,11 @@ struct MixColour {
   FRAMEQUILT_ROUTINE void run(const Bytes* __restrict ground, const Bytes* __restrict weight,
                               int count, Bytes* __restrict frame) {
     for (int i = 0; i < count; ++i) {
-      for (int k = 3 * i; k < 3 * i + 3; ++k) {
+      for (int k = 0; k < 3; ++k) {
         // In 16 bits, and divided by 255 exactly: true up to 65534.
-        const auto sum = static_cast<std::uint16_t>(weightedSum(weight[i], ground[k], frame[k]));
-        frame[k] = static_cast<Bytes>((sum + 1U + (sum >> 8U)) >> 8U);
+        const auto sum = static_cast<std::uint16_t>(
+            weightedSum(weight[i], ground[3 * i + k], frame[3 * i + k]));
+        frame[3 * i + k] = static_cast<Bytes>((sum + 1U + (sum >> 8U)) >> 8U);
       }
     }
   }
