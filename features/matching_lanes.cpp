@@ -80,8 +80,8 @@ struct NearestTwo {
     }
     Nearest nearest = {best[0], second[0], index[0]};
     for (std::size_t lane = 1; lane < kLanes; ++lane) {
-      const bool nearer = best[lane] < nearest.best ||
-                          (best[lane] == nearest.best && index[lane] < nearest.index);
+      const bool nearer =
+          best[lane] < nearest.best || (best[lane] == nearest.best && index[lane] < nearest.index);
       const float farther = nearer ? nearest.best : best[lane];
       nearest.second = std::min({nearest.second, farther, second[lane]});
       nearest.best = nearer ? best[lane] : nearest.best;
@@ -96,8 +96,7 @@ std::vector<float> sideBySide(const DescriptorSets& sets, std::size_t blocks) {
   const auto length = static_cast<std::size_t>(sets.length);
   std::vector<float> lanes(blocks * length * kLanes);
   for (int i = 0; i < sets.countA; ++i) {
-    const unsigned short* const descriptor =
-        sets.a + static_cast<std::ptrdiff_t>(i) * sets.strideA;
+    const unsigned short* const descriptor = sets.a + static_cast<std::ptrdiff_t>(i) * sets.strideA;
     const auto place = static_cast<std::size_t>(i);
     float* const first = lanes.data() + place / kLanes * length * kLanes + place % kLanes;
     for (std::size_t k = 0; k < length; ++k) first[k * kLanes] = descriptor[k];
@@ -110,10 +109,12 @@ std::vector<float> sideBySide(const DescriptorSets& sets, std::size_t blocks) {
 bool suitsLanes(const DescriptorSets& sets) {
   if (sets.countA < 1 || sets.countB < 1 || sets.length < 1) return false;
   const auto length = static_cast<std::size_t>(sets.length);
-  int largest = Leveled<LargestElement>::call(sets.b, static_cast<std::size_t>(sets.countB) * length);
+  int largest =
+      Leveled<LargestElement>::call(sets.b, static_cast<std::size_t>(sets.countB) * length);
   for (int i = 0; i < sets.countA; ++i) {
-    largest = std::max(largest, Leveled<LargestElement>::call(
-                                    sets.a + static_cast<std::ptrdiff_t>(i) * sets.strideA, length));
+    largest =
+        std::max(largest, Leveled<LargestElement>::call(
+                              sets.a + static_cast<std::ptrdiff_t>(i) * sets.strideA, length));
   }
   return largest <= kLargestElement;
 }

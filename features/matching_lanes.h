@@ -10,8 +10,8 @@
 
 namespace framequilt {
 
-/// No difference of the two sets has a square beyond 31 bits. Single precision then squares as whole
-/// numbers do that are rounded afterwards.
+/// No difference of the two sets has a square beyond 31 bits. Single precision then squares as
+/// whole numbers do that are rounded afterwards.
 bool suitsLanes(const DescriptorSets& sets);
 
 /// The same as plain::matchDescriptors, for sets that suit. `dist` ends up with the same distances,

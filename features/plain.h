@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
-/// The definitions of routines that have a faster form: one element after another, in the order that
-/// the results depend on. They take what the faster form is not made for, and it is checked against
-/// them.
+/// The definitions of routines that have a faster form: one element after another, in the order
+/// that the results depend on. They take what the faster form is not made for, and it is checked
+/// against them.
 #pragma once
 
 #include <vector>
@@ -20,7 +20,21 @@ struct DescriptorSets {
   int countB, length;
 };
 
+/// Rows of gray values, one right after the other.
+struct GrayView {
+  const unsigned char* pixels;
+  int rows, cols;
+};
+
+/// Pixels of a cell of a descriptor, each way.
+constexpr int kCellSide = 4;
+
 namespace plain {
+
+/// Descriptor of one corner, as noRotaFeatureDescriber lays it out. Elements behind the last cell
+/// stay as they are.
+void describeCorner(const GrayView& image, SPoint corner, int patch, unsigned short* descriptor,
+                    int length);
 
 /// `calacDistanceIndexFun` for sets of at least one descriptor each.
 bool matchDescriptors(const DescriptorSets& sets, float* dist, float ratio,

@@ -45,8 +45,8 @@ struct Sets {
     for (int j = 0; j < countB; ++j) {
       for (int k = 0; k < length; ++k) {
         const int element = a[static_cast<std::size_t>((j % countA) * strideA + k)];
-        b[static_cast<std::size_t>(j * length + k)] =
-            static_cast<unsigned short>(std::clamp(element + random.between(-noise, noise), 0, 46340));
+        b[static_cast<std::size_t>(j * length + k)] = static_cast<unsigned short>(
+            std::clamp(element + random.between(-noise, noise), 0, 46340));
       }
     }
   }
@@ -79,9 +79,8 @@ std::size_t expectLikePlain(Sets sets, float ratio = kRatio) {
     EXPECT_TRUE(dist.intact());
 
     Points ofLibrary = {{-7, -7}};
-    EXPECT_TRUE(calacDistanceIndexFun(sets.a.data(), sets.b.data(), dist.data(), ratio,
-                                      sets.countA, sets.strideA, sets.countB, sets.length,
-                                      ofLibrary));
+    EXPECT_TRUE(calacDistanceIndexFun(sets.a.data(), sets.b.data(), dist.data(), ratio, sets.countA,
+                                      sets.strideA, sets.countB, sets.length, ofLibrary));
     EXPECT_EQ(ofLibrary, expected.matches);
     EXPECT_EQ(dist.values(), expected.dist);
     EXPECT_TRUE(dist.intact());
