@@ -13,9 +13,7 @@ namespace {
 constexpr std::ptrdiff_t kReach = 2;
 
 /// Cells in a row or column of a patch.
-std::ptrdiff_t cellsOf(std::ptrdiff_t patch) {
-  return (patch / 2 * 2 + kCellSide - 1) / kCellSide;
-}
+std::ptrdiff_t cellsOf(std::ptrdiff_t patch) { return (patch / 2 * 2 + kCellSide - 1) / kCellSide; }
 
 }  // namespace
 
@@ -43,8 +41,8 @@ void describeInside(const GrayView& image, SPoint corner, int patch, unsigned sh
     const unsigned char* pixel = row;
     for (std::ptrdiff_t cell = 0; cell < cells; ++cell, histogram += columnOfCells) {
       for (int c = 0; c < kCellSide; ++c, ++pixel) {
-        const GradientBin gradient = gradients(pixel[kReach] - pixel[-kReach],
-                                               pixel[kReach * cols] - pixel[-kReach * cols]);
+        const GradientBin gradient =
+            gradients(pixel[kReach] - pixel[-kReach], pixel[kReach * cols] - pixel[-kReach * cols]);
         unsigned short& bin = histogram[gradient.bin];
         bin = static_cast<unsigned short>(bin + gradient.magnitude);
       }

@@ -23,7 +23,8 @@ GradientBin gradientBin(int dx, int dy);
 
 }  // namespace plain
 
-/// plain::gradientBin for each gradient there is between bytes, -255..255 both ways. Half a megabyte.
+/// plain::gradientBin for each gradient there is between bytes, -255..255 both ways. Half a
+/// megabyte.
 class GradientTable {
  public:
   /// Made by the first call. From any thread.

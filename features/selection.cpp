@@ -4,10 +4,12 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <numeric>
 #include <utility>
 
+#include "features/local_maxima.h"
 #include "imaging/pixel_math.h"
 #include "interface/report.h"
 
@@ -22,12 +24,10 @@ constexpr int kMargin = 20;
 /// Cap of the squared radius, in pixels of the response plane.
 constexpr int kLargestRadius = 65535;
 
-float neighbourhoodMaximum(const float* centre, int cols) {
-  float maximum = *centre;
-  for (const float* row : {centre - cols, centre, centre + cols}) {
-    maximum = std::max({maximum, row[-1], row[0], row[1]});
-  }
-  return maximum;
+/// The first mark from `from` on, null when there is none.
+const unsigned char* nextMark(const unsigned char* from, const unsigned char* end) {
+  return static_cast<const unsigned char*>(
+      std::memchr(from, 1, static_cast<std::size_t>(end - from)));
 }
 
 bool refuseEmpty(const std::vector<float>& values, const std::vector<SPoint>& points) {
@@ -153,14 +153,18 @@ bool responseValueMaxSuppression(float* response, float threshold, int rows, int
     framequilt::report("responseValueMaxSuppression ptr is null");
     return false;
   }
+  if (rows <= 2 * kMargin || cols <= 2 * kMargin) return true;
+  const std::ptrdiff_t width = std::ptrdiff_t{cols} - 2 * kMargin;
+  std::vector<unsigned char> marks(static_cast<std::size_t>(width));
   for (int r = kMargin; r < rows - kMargin; ++r) {
-    const float* row = response + rowStart(r, cols);
-    for (int c = kMargin; c < cols - kMargin; ++c) {
-      const float maximum = neighbourhoodMaximum(row + c, cols);
-      if (maximum > threshold && maximum == row[c]) {
-        values.push_back(row[c]);
-        points.push_back({c, r});
-      }
+    const float* const row = response + rowStart(r, cols) + kMargin;
+    framequilt::markLocalMaxima(row, cols, width, threshold, marks.data());
+    const unsigned char* const end = marks.data() + width;
+    for (const unsigned char* mark = marks.data(); (mark = nextMark(mark, end)) != nullptr;
+         ++mark) {
+      const std::ptrdiff_t c = mark - marks.data();
+      values.push_back(row[c]);
+      points.push_back({kMargin + static_cast<int>(c), r});
     }
   }
   return true;
