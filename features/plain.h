@@ -40,5 +40,10 @@ void describeCorner(const GrayView& image, SPoint corner, int patch, unsigned sh
 bool matchDescriptors(const DescriptorSets& sets, float* dist, float ratio,
                       std::vector<SPoint>& matches);
 
+/// ransacMatchSPointArrayFun.
+bool agreeOnOffset(const std::vector<SPoint>& pointsA, const std::vector<SPoint>& pointsB,
+                   std::vector<SPoint>& inliersA, std::vector<SPoint>& inliersB, float& dx,
+                   float& dy);
+
 }  // namespace plain
 }  // namespace framequilt
