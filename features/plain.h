@@ -26,6 +26,9 @@ struct GrayView {
   int rows, cols;
 };
 
+/// Cap of the squared radius of a candidate, in pixels of the response plane.
+constexpr float kLargestRadius = 65535.0F;
+
 /// Pixels of a cell of a descriptor, each way.
 constexpr int kCellSide = 4;
 
@@ -44,6 +47,12 @@ bool matchDescriptors(const DescriptorSets& sets, float* dist, float ratio,
 bool agreeOnOffset(const std::vector<SPoint>& pointsA, const std::vector<SPoint>& pointsB,
                    std::vector<SPoint>& inliersA, std::vector<SPoint>& inliersB, float& dx,
                    float& dy);
+
+/// For each of the points the squared distance to the nearest clearly stronger one, at most
+/// kLargestRadius; goToSecondGetRidOfSomeSPoints says what is clearly stronger.
+/// \throws std::out_of_range when there are more points than values.
+std::vector<float> suppressionRadii(const std::vector<float>& values,
+                                    const std::vector<SPoint>& points, float robust);
 
 }  // namespace plain
 }  // namespace framequilt

@@ -30,8 +30,8 @@ struct Vote {
 /// Compares at each level and returns how many pairs agreed.
 std::size_t expectLikePlain(const Points& a, const Points& b) {
   Vote expected;
-  expected.done = framequilt::plain::agreeOnOffset(a, b, expected.one, expected.two, expected.dx,
-                                                   expected.dy);
+  expected.done =
+      framequilt::plain::agreeOnOffset(a, b, expected.one, expected.two, expected.dx, expected.dy);
   atEachLevel([&] {
     Vote vote;
     vote.done = ransacMatchSPointArrayFun(a, b, vote.one, vote.two, vote.dx, vote.dy);
