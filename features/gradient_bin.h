@@ -39,10 +39,11 @@ class GradientTable {
 
  private:
   static constexpr int kLargest = 255;
-  static constexpr int kRowLength = 512;
+  static constexpr std::size_t kRowLength = 512;
 
   static std::size_t index(int dx, int dy) {
-    return static_cast<std::size_t>((dy + kLargest) * kRowLength + dx + kLargest);
+    return static_cast<std::size_t>(dy + kLargest) * kRowLength +
+           static_cast<std::size_t>(dx + kLargest);
   }
 
   /// magnitude * kOrientationBins + bin; rows of dy, columns of dx.

@@ -12,6 +12,12 @@ namespace {
 /// Pixels of a row at once, so that what is kept of them stays on the stack.
 constexpr std::ptrdiff_t kRun = 1024;
 
+/// Maxima of the three pixels of a column, and of two neighbouring columns.
+struct Scratch {
+  float columns[kRun + 2];
+  float pairs[kRun + 1];
+};
+
 /// The number of the two if only `b` may be none.
 FRAMEQUILT_ROUTINE float larger(float a, float b) { return a < b ? b : a; }
 
@@ -19,10 +25,10 @@ FRAMEQUILT_ROUTINE float larger(float a, float b) { return a < b ? b : a; }
 /// vectors.
 struct MarkRun {
   FRAMEQUILT_ROUTINE void run(const float* __restrict row, std::ptrdiff_t cols,
-                              std::ptrdiff_t count, float threshold,
+                              std::ptrdiff_t count, float threshold, Scratch* scratch,
                               unsigned char* __restrict marks) {
-    float columns[kRun + 2];
-    float pairs[kRun + 1];
+    float* __restrict columns = scratch->columns;
+    float* __restrict pairs = scratch->pairs;
     const float* const before = row - 1;
     for (std::ptrdiff_t c = 0; c < count + 2; ++c) {
       float maximum = larger(-std::numeric_limits<float>::infinity(), before[c - cols]);
@@ -42,8 +48,10 @@ struct MarkRun {
 
 void markLocalMaxima(const float* row, std::ptrdiff_t cols, std::ptrdiff_t count, float threshold,
                      unsigned char* marks) {
+  Scratch scratch;
   for (std::ptrdiff_t c = 0; c < count; c += kRun) {
-    Leveled<MarkRun>::call(row + c, cols, std::min(kRun, count - c), threshold, marks + c);
+    Leveled<MarkRun>::call(row + c, cols, std::min(kRun, count - c), threshold, &scratch,
+                           marks + c);
   }
 }
 

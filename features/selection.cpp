@@ -25,6 +25,7 @@ using framequilt::rowStart;
 
 /// No candidate lies closer than this to an edge of the response plane.
 constexpr int kMargin = 20;
+constexpr int kBothMargins = 2 * kMargin;
 
 /// The first mark from `from` on, null when there is none.
 const unsigned char* nextMark(const unsigned char* from, const unsigned char* end) {
@@ -110,8 +111,8 @@ bool responseValueMaxSuppression(float* response, float threshold, int rows, int
     framequilt::report("responseValueMaxSuppression ptr is null");
     return false;
   }
-  if (rows <= 2 * kMargin || cols <= 2 * kMargin) return true;
-  const std::ptrdiff_t width = std::ptrdiff_t{cols} - 2 * kMargin;
+  if (rows <= kBothMargins || cols <= kBothMargins) return true;
+  const std::ptrdiff_t width = std::ptrdiff_t{cols} - kBothMargins;
   std::vector<unsigned char> marks(static_cast<std::size_t>(width));
   for (int r = kMargin; r < rows - kMargin; ++r) {
     const float* const row = response + rowStart(r, cols) + kMargin;

@@ -34,7 +34,7 @@ struct Radii {
     const float* __restrict ownY = y + first;
     const int* __restrict stronger = ranking.stronger + first;
     float nearest[kLanes];
-    for (std::size_t lane = 0; lane < kLanes; ++lane) nearest[lane] = kLargestRadius;
+    for (float& radius : nearest) radius = kLargestRadius;
     // The numbers of stronger ones do not fall.
     const int ofAll = stronger[0];
     const int ofAny = stronger[kLanes - 1];
@@ -59,10 +59,9 @@ struct Radii {
 };
 
 std::int64_t extent(const std::vector<SPoint>& points, int SPoint::*coordinate) {
-  const auto [low, high] =
-      std::minmax_element(points.begin(), points.end(), [&](const SPoint& a, const SPoint& b) {
-        return a.*coordinate < b.*coordinate;
-      });
+  const auto [low, high] = std::minmax_element(
+      points.begin(), points.end(),
+      [&](const SPoint& a, const SPoint& b) { return a.*coordinate < b.*coordinate; });
   return std::int64_t{*high.*coordinate} - *low.*coordinate;
 }
 
@@ -83,16 +82,18 @@ bool suitRadiusLanes(const std::vector<float>& values, const std::vector<SPoint>
                      float robust) {
   return !points.empty() && values.size() >= points.size() && std::isfinite(robust) &&
          robust >= 0.0F &&
-         std::all_of(values.begin(), values.end(), [](float value) { return std::isfinite(value); }) &&
-         extent(points, &SPoint::x) <= kLargestExtent && extent(points, &SPoint::y) <= kLargestExtent;
+         std::all_of(values.begin(), values.end(),
+                     [](float value) { return std::isfinite(value); }) &&
+         extent(points, &SPoint::x) <= kLargestExtent &&
+         extent(points, &SPoint::y) <= kLargestExtent;
 }
 
 std::vector<float> suppressionRadiiInLanes(const std::vector<float>& values,
                                            const std::vector<SPoint>& points, float robust) {
   const std::size_t count = points.size();
   const std::size_t padded = (count + kLanes - 1) / kLanes * kLanes;
-  const std::vector<int> order =
-      descendingOrder(std::vector<float>(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count)));
+  const std::vector<int> order = descendingOrder(
+      std::vector<float>(values.begin(), values.begin() + static_cast<std::ptrdiff_t>(count)));
   const auto at = [&](std::size_t rank) { return static_cast<std::size_t>(order[rank]); };
 
   std::vector<float> ranked(count);

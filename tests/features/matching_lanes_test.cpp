@@ -179,7 +179,7 @@ TEST(MatchingInLanes, LargestDifferencesAreLikeThePlainOne) {
 }
 
 TEST(MatchingInLanes, SquaresThatWrapDoNotSuit) {
-  for (const std::size_t place : {0, 7, 13}) {
+  for (const std::size_t place : {0U, 7U, 13U}) {
     for (const bool inA : {true, false}) {
       Sets sets(2, 7, 2, 7);
       (inA ? sets.a : sets.b)[place] = 46340;
@@ -192,7 +192,7 @@ TEST(MatchingInLanes, SquaresThatWrapDoNotSuit) {
 
 TEST(MatchingInLanes, ElementsBetweenDescriptorsAreNotLookedAt) {
   Sets sets(3, 9, 2, 7);
-  for (const std::size_t gap : {7, 8, 16, 17}) sets.a[gap] = 65535;
+  for (const std::size_t gap : {7U, 8U, 16U, 17U}) sets.a[gap] = 65535;
   EXPECT_TRUE(framequilt::suitsLanes(sets.view()));
 }
 

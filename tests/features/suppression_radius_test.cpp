@@ -99,8 +99,8 @@ TEST(SuppressionRadius, RadiiAroundTheCapAreLikeThePlainOne) {
 
 TEST(SuppressionRadius, FarPlacesAreLikeThePlainOne) {
   int suppressed = 0;
-  for (const SPoint origin : {SPoint{kLow, kHigh - 32767}, SPoint{kHigh - 32767, kLow},
-                              SPoint{16777210, -16777230}}) {
+  for (const SPoint origin :
+       {SPoint{kLow, kHigh - 32767}, SPoint{kHigh - 32767, kLow}, SPoint{16777210, -16777230}}) {
     Candidates list(11, 200, 1, 1000, origin, 300);
     suppressed += expectLikePlain(list, 0.5F);
     // As far apart as they may be.
