@@ -5,6 +5,8 @@
 #include <cstddef>
 #include <utility>
 
+#include "features/consensus_votes.h"
+#include "features/plain.h"
 #include "imaging/pixel_math.h"
 #include "interface/report.h"
 
@@ -34,9 +36,10 @@ struct Offset {
 
 }  // namespace
 
-bool ransacMatchSPointArrayFun(std::vector<SPoint> pointsA, std::vector<SPoint> pointsB,
-                               std::vector<SPoint>& inliersA, std::vector<SPoint>& inliersB,
-                               float& dx, float& dy) {
+bool framequilt::plain::agreeOnOffset(const std::vector<SPoint>& pointsA,
+                                      const std::vector<SPoint>& pointsB,
+                                      std::vector<SPoint>& inliersA, std::vector<SPoint>& inliersB,
+                                      float& dx, float& dy) {
   if (pointsA.empty() || pointsB.empty()) return refuseEmpty();
 
   std::size_t best = 0;
@@ -66,6 +69,27 @@ bool ransacMatchSPointArrayFun(std::vector<SPoint> pointsA, std::vector<SPoint> 
     const Offset winner(pointsA[best], pointsB[best]);
     dx = winner.dx;
     dy = winner.dy;
+  }
+  return true;
+}
+
+bool ransacMatchSPointArrayFun(std::vector<SPoint> pointsA, std::vector<SPoint> pointsB,
+                               std::vector<SPoint>& inliersA, std::vector<SPoint>& inliersB,
+                               float& dx, float& dy) {
+  if (pointsA.empty() || pointsB.size() < pointsA.size()) {
+    return framequilt::plain::agreeOnOffset(pointsA, pointsB, inliersA, inliersB, dx, dy);
+  }
+
+  const framequilt::Winner winner = framequilt::mostVotedPair(pointsA, pointsB);
+  // The last offset stays when none has a vote; it explains no pair then.
+  const std::size_t chosen = winner.votes > 0 ? winner.pair : pointsA.size() - 1;
+  const Offset offset(pointsA[chosen], pointsB[chosen]);
+  dx = offset.dx;
+  dy = offset.dy;
+  for (std::size_t k = 0; k < pointsA.size(); ++k) {
+    if (!offset.explains(pointsA[k], pointsB[k])) continue;
+    inliersA.push_back(pointsA[k]);
+    inliersB.push_back(pointsB[k]);
   }
   return true;
 }

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 
+#include "features/matching_lanes.h"
+#include "features/plain.h"
 #include "imaging/pixel_math.h"
 #include "interface/report.h"
 
@@ -45,6 +47,27 @@ bool findMinIndex(T* values, int n, T& minValue, T& maxValue, int& minIndex) {
 
 template bool findMinIndex<float>(float*, int, float&, float&, int&);
 
+bool framequilt::plain::matchDescriptors(const DescriptorSets& sets, float* dist, float ratio,
+                                         std::vector<SPoint>& matches) {
+  for (int j = 0; j < sets.countB; ++j) {
+    const unsigned short* wanted = element(sets.b, j, sets.length);
+    for (int i = 0; i < sets.countA && dist != nullptr; ++i) {
+      dist[i] = squaredDistance(element(sets.a, i, sets.strideA), wanted, sets.length);
+    }
+    float best = 0.0F;
+    float second = 0.0F;
+    float worst = 0.0F;
+    int bestIndex = 0;
+    int ignoredIndex = 0;
+    if (!findMinIndex(dist, sets.countA, best, worst, bestIndex)) return false;
+    dist[bestIndex] = worst;
+    findMinIndex(dist, sets.countA, second, worst, ignoredIndex);
+    // Two distances of 0 give a quotient that is not a number: no match.
+    if (ratio > best / second) matches.push_back({j, bestIndex});
+  }
+  return true;
+}
+
 bool calacDistanceIndexFun(unsigned short* descA, unsigned short* descB, float* dist, float ratio,
                            int countA, int strideA, int countB, int length,
                            std::vector<SPoint>& matches) {
@@ -54,22 +77,11 @@ bool calacDistanceIndexFun(unsigned short* descA, unsigned short* descB, float* 
   }
   if (countA < 1 || countB < 1) return true;
 
-  for (int j = 0; j < countB; ++j) {
-    const unsigned short* wanted = element(descB, j, length);
-    for (int i = 0; i < countA && dist != nullptr; ++i) {
-      dist[i] = squaredDistance(element(descA, i, strideA), wanted, length);
-    }
-    float best = 0.0F;
-    float second = 0.0F;
-    float worst = 0.0F;
-    int bestIndex = 0;
-    int ignoredIndex = 0;
-    if (!findMinIndex(dist, countA, best, worst, bestIndex)) return false;
-    dist[bestIndex] = worst;
-    findMinIndex(dist, countA, second, worst, ignoredIndex);
-    // Two distances of 0 give a quotient that is not a number: no match.
-    if (ratio > best / second) matches.push_back({j, bestIndex});
+  const framequilt::DescriptorSets sets = {descA, countA, strideA, descB, countB, length};
+  if (dist == nullptr || !framequilt::suitsLanes(sets)) {
+    return framequilt::plain::matchDescriptors(sets, dist, ratio, matches);
   }
+  framequilt::matchInLanes(sets, dist, ratio, matches);
   return true;
 }
 

@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <cstddef>
+#include <utility>
 
 #include "features/consensus.h"
 #include "features/matching.h"
@@ -29,7 +30,7 @@ MatchedPoints match(const DescribedCorners& one, const DescribedCorners& two, fl
                         static_cast<int>(one.points.size()), length,
                         static_cast<int>(two.points.size()), length, matches);
   MatchedPoints matched;
-  roughMatchSPoint(one.points, two.points, matches, matched.one, matched.two);
+  roughMatchSPoint(one.points, two.points, std::move(matches), matched.one, matched.two);
   return matched;
 }
 
@@ -38,13 +39,14 @@ MatchedPoints match(const DescribedCorners& one, const DescribedCorners& two, fl
 bool offsetOfCorners(const DescribedCorners& reference, const DescribedCorners& newFrame,
                      float* distances, int length, int rows, int cols, int& dx, int& dy,
                      int& matchCount) {
-  const MatchedPoints matched = match(reference, newFrame, distances, length);
+  MatchedPoints matched = match(reference, newFrame, distances, length);
   if (matched.empty()) return false;
 
   MatchedPoints agreeing;
   float fx = 0.0F;
   float fy = 0.0F;
-  ransacMatchSPointArrayFun(matched.one, matched.two, agreeing.one, agreeing.two, fx, fy);
+  ransacMatchSPointArrayFun(std::move(matched.one), std::move(matched.two), agreeing.one,
+                            agreeing.two, fx, fy);
   if (agreeing.empty()) return false;
   if (!(std::fabs(fx) < static_cast<float>(cols))) return false;
   if (!(std::fabs(fy) < static_cast<float>(rows))) return false;

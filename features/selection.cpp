@@ -4,10 +4,16 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstring>
 #include <limits>
 #include <numeric>
 #include <utility>
 
+#include "features/descending_order.h"
+#include "features/local_maxima.h"
+#include "features/plain.h"
+#include "features/quicksort.h"
+#include "features/suppression_radius.h"
 #include "imaging/pixel_math.h"
 #include "interface/report.h"
 
@@ -19,15 +25,12 @@ using framequilt::rowStart;
 
 /// No candidate lies closer than this to an edge of the response plane.
 constexpr int kMargin = 20;
-/// Cap of the squared radius, in pixels of the response plane.
-constexpr int kLargestRadius = 65535;
+constexpr int kBothMargins = 2 * kMargin;
 
-float neighbourhoodMaximum(const float* centre, int cols) {
-  float maximum = *centre;
-  for (const float* row : {centre - cols, centre, centre + cols}) {
-    maximum = std::max({maximum, row[-1], row[0], row[1]});
-  }
-  return maximum;
+/// The first mark from `from` on, null when there is none.
+const unsigned char* nextMark(const unsigned char* from, const unsigned char* end) {
+  return static_cast<const unsigned char*>(
+      std::memchr(from, 1, static_cast<std::size_t>(end - from)));
 }
 
 bool refuseEmpty(const std::vector<float>& values, const std::vector<SPoint>& points) {
@@ -45,7 +48,7 @@ int squaredDistance(SPoint a, SPoint b) {
 /// Squared distance from candidate `i` to the nearest clearly stronger one.
 float suppressionRadius(const std::vector<float>& values, const std::vector<SPoint>& points,
                         std::size_t i, float robust) {
-  int radius = kLargestRadius;
+  int radius = static_cast<int>(framequilt::kLargestRadius);
   for (std::size_t j = 0; j < points.size(); ++j) {
     if (values.at(j) * robust > values.at(i)) {
       radius = std::min(radius, squaredDistance(points[i], points[j]));
@@ -54,89 +57,12 @@ float suppressionRadius(const std::vector<float>& values, const std::vector<SPoi
   return static_cast<float>(radius);
 }
 
-/// Keys and their indices, and the moves that the quicksort makes on both.
-class SortRange {
- public:
-  SortRange(std::vector<float>& keys, std::vector<int>& index)
-      : keys_(keys.data()), index_(index.data()) {}
-
-  void sort(int low, int high) {
-    while (low < high) {
-      low = skipSettled(low, high);
-      if (ascends(low, high)) {
-        reverse(low, high);
-        return;
-      }
-      const int middle = partition(low, high);
-      // The two sides do not touch each other, so the shorter one can go first: the stack stays
-      // as deep as the logarithm of the range.
-      if (middle - low < high - middle) {
-        sort(low, middle - 1);
-        low = middle + 1;
-      } else {
-        sort(middle + 1, high);
-        high = middle - 1;
-      }
-    }
+float largestOf(const std::vector<float>& values) {
+  float largest = 0.0F;
+  for (const float value : values) {
+    if (value >= largest) largest = value;
   }
-
- private:
-  void move(int from, int to) {
-    keys_[to] = keys_[from];
-    index_[to] = index_[from];
-  }
-
-  /// Puts keys[low] where it belongs, greater keys before it and smaller ones behind; keys equal to
-  /// it stay on the side where the scans find them. Returns its place.
-  int partition(int low, int high) {
-    const float pivot = keys_[low];
-    const int pivotIndex = index_[low];
-    int i = low;
-    int j = high;
-    while (i < j) {
-      while (i < j && keys_[j] <= pivot) --j;
-      move(j, i);
-      while (i < j && keys_[i] >= pivot) ++i;
-      move(i, j);
-    }
-    keys_[i] = pivot;
-    index_[i] = pivotIndex;
-    return i;
-  }
-
-  /// First place from which on partitioning changes anything: while the pivot is the maximum of its
-  /// range, a pass moves nothing and goes on behind it.
-  int skipSettled(int low, int high) const {
-    int end = low;
-    while (end < high && keys_[end] >= keys_[end + 1]) ++end;
-    if (end == high) return high;
-    // [low, end] descends, so each of its keys only has to hold against what follows `end`.
-    const float rest = *std::max_element(keys_ + end + 1, keys_ + high + 1);
-    while (low <= end && keys_[low] >= rest) ++low;
-    return low;
-  }
-
-  bool ascends(int low, int high) const { return std::is_sorted(keys_ + low, keys_ + high + 1); }
-
-  /// What the passes make of an ascending range: the pivot is the minimum and trades places with
-  /// the last key, which then is a settled maximum; and so on inwards until the ends are equal.
-  void reverse(int low, int high) {
-    for (; low < high && keys_[low] < keys_[high]; ++low, --high) {
-      std::swap(keys_[low], keys_[high]);
-      std::swap(index_[low], index_[high]);
-    }
-  }
-
-  float* keys_;
-  int* index_;
-};
-
-bool sortable(const std::vector<float>& keys, const std::vector<int>& index, int low, int high) {
-  if (low >= high || low < 0) return false;
-  const auto end = static_cast<std::size_t>(high) + 1;
-  return end <= keys.size() && end <= index.size() &&
-         std::none_of(keys.begin() + low, keys.begin() + high + 1,
-                      [](float key) { return std::isnan(key); });
+  return largest;
 }
 
 std::vector<int> countedIndices(std::size_t count) {
@@ -145,7 +71,39 @@ std::vector<int> countedIndices(std::size_t count) {
   return index;
 }
 
+/// The `wanted` strongest, strongest first, equal ones in the order of the quicksort; further ones
+/// may follow.
+std::vector<int> strongestFirst(const std::vector<float>& values, int wanted) {
+  // Without equal ones there is but one order. A value that is no number keeps everything in place.
+  const bool ordered =
+      std::none_of(values.begin(), values.end(), [](float value) { return std::isnan(value); });
+  if (ordered) {
+    std::vector<int> order = framequilt::descendingOrder(values);
+    const auto end = order.begin() + std::clamp(wanted + 1, 0, static_cast<int>(order.size()));
+    const auto tie = std::adjacent_find(order.begin(), end, [&](int a, int b) {
+      return values[static_cast<std::size_t>(a)] == values[static_cast<std::size_t>(b)];
+    });
+    if (tie == end) return order;
+  }
+  std::vector<float> keys = values;
+  std::vector<int> index = countedIndices(values.size());
+  framequilt::sortFirst(keys, index, wanted);
+  return index;
+}
+
 }  // namespace
+
+std::vector<float> framequilt::plain::suppressionRadii(const std::vector<float>& values,
+                                                       const std::vector<SPoint>& points,
+                                                       float robust) {
+  const float threshold = largestOf(values) * robust;
+  std::vector<float> radii(points.size());
+  for (std::size_t i = 0; i < points.size(); ++i) {
+    radii[i] =
+        values.at(i) > threshold ? kLargestRadius : suppressionRadius(values, points, i, robust);
+  }
+  return radii;
+}
 
 bool responseValueMaxSuppression(float* response, float threshold, int rows, int cols,
                                  std::vector<float>& values, std::vector<SPoint>& points) {
@@ -153,14 +111,18 @@ bool responseValueMaxSuppression(float* response, float threshold, int rows, int
     framequilt::report("responseValueMaxSuppression ptr is null");
     return false;
   }
+  if (rows <= kBothMargins || cols <= kBothMargins) return true;
+  const std::ptrdiff_t width = std::ptrdiff_t{cols} - kBothMargins;
+  std::vector<unsigned char> marks(static_cast<std::size_t>(width));
   for (int r = kMargin; r < rows - kMargin; ++r) {
-    const float* row = response + rowStart(r, cols);
-    for (int c = kMargin; c < cols - kMargin; ++c) {
-      const float maximum = neighbourhoodMaximum(row + c, cols);
-      if (maximum > threshold && maximum == row[c]) {
-        values.push_back(row[c]);
-        points.push_back({c, r});
-      }
+    const float* const row = response + rowStart(r, cols) + kMargin;
+    framequilt::markLocalMaxima(row, cols, width, threshold, marks.data());
+    const unsigned char* const end = marks.data() + width;
+    for (const unsigned char* mark = marks.data(); (mark = nextMark(mark, end)) != nullptr;
+         ++mark) {
+      const std::ptrdiff_t c = mark - marks.data();
+      values.push_back(row[c]);
+      points.push_back({kMargin + static_cast<int>(c), r});
     }
   }
   return true;
@@ -174,14 +136,11 @@ bool goToFirstGetRidOfSomeSPoints(std::vector<float>& values, std::vector<SPoint
   count = std::min(candidates, wanted);
   if (candidates <= cap) return true;
 
-  std::vector<float> keys = values;
-  std::vector<int> index = countedIndices(values.size());
-  qsort(keys, index, 0, candidates - 1);
-
+  const std::vector<int> order = strongestFirst(values, cap);
   std::vector<float> strongest;
   std::vector<SPoint> places;
   for (int k = 0; k < cap; ++k) {
-    const auto from = static_cast<std::size_t>(index[static_cast<std::size_t>(k)]);
+    const auto from = static_cast<std::size_t>(order[static_cast<std::size_t>(k)]);
     strongest.push_back(values.at(from));
     places.push_back(points.at(from));
   }
@@ -200,16 +159,11 @@ bool goToSecondGetRidOfSomeSPoints(std::vector<float> values, std::vector<SPoint
     return true;
   }
 
-  float maximum = 0.0F;
-  fidMax(values, maximum);
-  const float threshold = maximum * robust;
-  std::vector<float> radii(points.size());
-  for (std::size_t i = 0; i < points.size(); ++i) {
-    radii[i] = values.at(i) > threshold ? static_cast<float>(kLargestRadius)
-                                        : suppressionRadius(values, points, i, robust);
-  }
+  std::vector<float> radii = framequilt::suitRadiusLanes(values, points, robust)
+                                 ? framequilt::suppressionRadiiInLanes(values, points, robust)
+                                 : framequilt::plain::suppressionRadii(values, points, robust);
   std::vector<int> index = countedIndices(points.size());
-  qsort(radii, index, 0, candidates - 1);
+  framequilt::sortFirst(radii, index, count);
 
   for (int k = 0; k < count; ++k) {
     const auto place = static_cast<std::size_t>(k);
@@ -226,13 +180,6 @@ bool fidMax(std::vector<float> values, float& maxValue) {
     framequilt::report("CornervalueIn size is 0");
     return false;
   }
-  maxValue = 0.0F;
-  for (const float value : values) {
-    if (value >= maxValue) maxValue = value;
-  }
+  maxValue = largestOf(values);
   return true;
-}
-
-void qsort(std::vector<float>& keys, std::vector<int>& index, int low, int high) {
-  if (sortable(keys, index, low, high)) SortRange(keys, index).sort(low, high);
 }
