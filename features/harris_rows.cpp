@@ -135,8 +135,7 @@ float harrisResponse(const unsigned char* gray, int rows, int cols, const Harris
     float* const row = response + rowStart(r, cols);
     std::fill_n(row, kHarrisMargin, 0.0F);
     std::fill_n(row + cols - kHarrisMargin, kHarrisMargin, 0.0F);
-    Leveled<ResponseRow>::call<const float*, const float*, const float*, const HarrisTuning&>(
-        smooth.xx, smooth.yy, smooth.xy, tuning, count, row + kHarrisMargin);
+    Leveled<ResponseRow>::call(smooth.xx, smooth.yy, smooth.xy, tuning, count, row + kHarrisMargin);
     for (int c = kHarrisMargin; c < cols - kHarrisMargin; ++c) sum += row[c];
   }
   std::fill_n(response + rowStart(rows - kHarrisMargin, cols), rowStart(kHarrisMargin, cols), 0.0F);

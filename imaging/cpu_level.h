@@ -77,17 +77,15 @@ class LeveledByWidth<Routine, Result (*)(Arguments...)> {
 #endif
 };
 
-/// The same for a plain loop that does not name the width: `Routine::run`.
+/// A routine that does not name a width, as the same one for each.
 template <class Routine>
-class Leveled {
+struct AtAnyWidth {
   template <int Bytes>
-  struct OfAnyWidth : Routine {};
-
- public:
-  template <class... Arguments>
-  static auto call(Arguments... arguments) {
-    return LeveledByWidth<OfAnyWidth, decltype(&Routine::run)>::call(arguments...);
-  }
+  struct Of : Routine {};
 };
+
+/// The same for a plain loop, `Routine::run`.
+template <class Routine>
+class Leveled : public LeveledByWidth<AtAnyWidth<Routine>::template Of, decltype(&Routine::run)> {};
 
 }  // namespace framequilt

@@ -106,8 +106,8 @@ struct MixColour {
     for (int i = 0; i < count; ++i) {
       for (int k = 0; k < 3; ++k) {
         // In 16 bits, and divided by 255 exactly: true up to 65534.
-        const auto sum = static_cast<std::uint16_t>(
-            weightedSum(weight[i], ground[3 * i + k], frame[3 * i + k]));
+        const auto sum =
+            static_cast<std::uint16_t>(weightedSum(weight[i], ground[3 * i + k], frame[3 * i + k]));
         frame[3 * i + k] = static_cast<Bytes>((sum + 1U + (sum >> 8U)) >> 8U);
       }
     }
@@ -176,8 +176,7 @@ class Featherer {
   }
 
   void weigh(const BlockDistances& distances) {
-    Leveled<WeighSlanted>::call<const BlockDistances&>(distances, chamfer::stepsOf(cols_),
-                                                       slanted_.data());
+    Leveled<WeighSlanted>::call(distances, chamfer::stepsOf(cols_), slanted_.data());
     straighten();
   }
 
@@ -189,8 +188,8 @@ class Featherer {
   }
 
   void straighten() {
-    Leveled<Straighten>::call(static_cast<const Bytes*>(slanted_.data()), tiles_,
-                              straight_.data() + kBefore, static_cast<std::ptrdiff_t>(stride_));
+    Leveled<Straighten>::call(slanted_.data(), tiles_, straight_.data() + kBefore,
+                              static_cast<std::ptrdiff_t>(stride_));
   }
 
   void mix(const Feathering& job, int block) {
@@ -203,9 +202,9 @@ class Featherer {
       const Bytes* const weights =
           straight_.data() + static_cast<std::size_t>(r - first) * stride_ + kBefore;
       if (job.channels == 3) {
-        Leveled<MixColour>::call(static_cast<const Bytes*>(ground), weights, job.cols, frame);
+        Leveled<MixColour>::call(ground, weights, job.cols, frame);
       } else {
-        Leveled<MixGray>::call(static_cast<const Bytes*>(ground), weights, job.cols, frame);
+        Leveled<MixGray>::call(ground, weights, job.cols, frame);
       }
       std::memcpy(ground, frame, bytes);
       if (job.copy != nullptr) {
