@@ -35,8 +35,8 @@ chamfer::Edge Distances::above(int block) {
   return block == 0 ? chamfer::noEdge() : chamfer::Edge{lastRow(block - 1), 1};
 }
 
-chamfer::Block Distances::blockWith(int block, chamfer::Edge edge) {
-  return {map_.data(), edge, image_.rows, image_.cols, block * kLanes};
+chamfer::Block Distances::blockWith(float* map, int block, chamfer::Edge edge) const {
+  return {map, edge, image_.rows, image_.cols, block * kLanes};
 }
 
 Filling Distances::contentOf(int row, bool blankFrame) {
@@ -74,7 +74,7 @@ void Distances::keepLastRow(int block) {
     std::fill_n(last, image_.cols, 0.0F);
     return;
   }
-  chamfer::spreadDown(blockWith(block, above(block)), bits(block));
+  chamfer::spreadDown(blockWith(map_.data(), block, above(block)), bits(block));
   const chamfer::Edge row = chamfer::lastRowOf(map_.data());
   for (int c = 0; c < image_.cols; ++c) last[c] = row.first[c * row.stride];
 }
@@ -99,18 +99,18 @@ bool Distances::spreadDown(const ImageView& image, bool blankFrame) {
   return true;
 }
 
-const float* Distances::finish(int block) {
+const float* Distances::finish(int block, float* map) {
   static constexpr float kZero = 0.0F;
   if (filling_[size(block)] == Filling::kEmpty) {
     below_ = chamfer::constantEdge(kZero);
     return nullptr;
   }
-  chamfer::spreadDown(blockWith(block, above(block)), bits(block));
-  chamfer::spreadUp(blockWith(block, below_));
-  const chamfer::Edge first = chamfer::firstRowOf(map_.data());
+  chamfer::spreadDown(blockWith(map, block, above(block)), bits(block));
+  chamfer::spreadUp(blockWith(map, block, below_));
+  const chamfer::Edge first = chamfer::firstRowOf(map);
   for (int c = 0; c < image_.cols; ++c) firstRow_[size(c)] = first.first[c * first.stride];
   below_ = {firstRow_.data(), 1};
-  return map_.data();
+  return map;
 }
 
 void FrameDistances::begin(int rows, int cols) {

@@ -23,15 +23,15 @@ class Distances {
   ///         no block is to be finished.
   bool spreadDown(const ImageView& image, bool blankFrame);
 
-  /// The map of a block, from the last block to the first; null where all distances are 0. Valid
-  /// until the next call.
-  const float* finish(int block);
+  /// Finishes blocks from the last to the first: fills `map` (`chamfer::blockFloats`) and returns
+  /// it, or null where all distances are 0.
+  const float* finish(int block, float* map);
 
  private:
   std::uint16_t* bits(int block);
   float* lastRow(int block);
   chamfer::Edge above(int block);
-  chamfer::Block blockWith(int block, chamfer::Edge edge);
+  chamfer::Block blockWith(float* map, int block, chamfer::Edge edge) const;
   Filling contentOf(int row, bool blankFrame);
   Filling look(int block, bool blankFrame);
   void keepLastRow(int block);

@@ -2,16 +2,22 @@
 #include "imaging/feather.h"
 
 #include <algorithm>
+#include <condition_variable>
 #include <cstdint>
 #include <cstring>
+#include <future>
 #include <limits>
 #include <memory>
+#include <mutex>
+#include <optional>
 #include <vector>
 
+#include "imaging/assistant.h"
 #include "imaging/cpu_level.h"
 #include "imaging/disjoint.h"
 #include "imaging/distances.h"
 #include "imaging/pixel_math.h"
+#include "imaging/run_buffer.h"
 
 namespace framequilt {
 namespace {
@@ -124,75 +130,27 @@ struct MixGray {
   }
 };
 
-class Featherer {
+/// What one thread needs to weigh and mix a block.
+class BlockMixer {
  public:
-  void run(const Feathering& job) {
-    const std::ptrdiff_t packed = rowStart(1, job.cols, job.channels);
-    const ImageView frame = {job.frame, packed, job.rows, job.cols, job.channels};
-    prepare(job);
-    const bool groundIsFull = !ground_.spreadDown(
-        {job.ground, job.stride, job.rows, job.cols, job.channels}, /*blankFrame=*/false);
-    const bool frameIsFull = isFull(frame);
-    if (frameIsFull) {
-      fullFrame_.begin(job.rows, job.cols);
-    } else {
-      frame_.spreadDown(frame, /*blankFrame=*/true);
-    }
-
-    for (int b = chamfer::blocksOf(job.rows) - 1; b >= 0; --b) {
-      const float* const ofGround = groundIsFull ? nullptr : ground_.finish(b);
-      const float* const ofFrame = frameIsFull ? nullptr : frame_.finish(b);
-      if (!groundIsFull && ofGround == nullptr) {
-        std::fill(straight_.begin(), straight_.end(), Bytes{0});
-      } else if (!frameIsFull && ofFrame == nullptr) {
-        // Nothing of the frame: all of the ground, unless that is empty, too.
-        weighAgainst(ofGround);
-      } else {
-        weigh({ofGround, ofFrame, frameIsFull ? fullFrame_.ofRows(b) : nullptr,
-               frameIsFull ? fullFrame_.ofColumns(0) : nullptr});
-      }
-      mix(job, b);
-    }
-  }
-
- private:
-  /// Bytes before a row of weights, and from one row to the next.
-  static constexpr std::size_t kBefore = kLanes;
-
-  void prepare(const Feathering& job) {
-    cols_ = job.cols;
-    tiles_ = (chamfer::stepsOf(cols_) + kLanes - 1) / kLanes;
-    stride_ = static_cast<std::size_t>(cols_) + 4 * kLanes;
+  void prepare(int cols) {
+    cols_ = cols;
+    tiles_ = (chamfer::stepsOf(cols) + kLanes - 1) / kLanes;
+    stride_ = static_cast<std::size_t>(cols) + 4 * kLanes;
     slanted_.resize(static_cast<std::size_t>(tiles_) * kLanes * kLanes);
     straight_.resize(stride_ * kLanes);
-    content_.resize(static_cast<std::size_t>(cols_));
-  }
-
-  bool isFull(const ImageView& frame) {
-    for (int r = 0; r < frame.rows; ++r) {
-      if (contentOfRow(frame, r, content_) != Filling::kFull) return false;
-    }
-    return true;
   }
 
   void weigh(const BlockDistances& distances) {
     Leveled<WeighSlanted>::call(distances, chamfer::stepsOf(cols_), slanted_.data());
-    straighten();
-  }
-
-  /// The frame's distances are all 0.
-  void weighAgainst(const float* ground) {
-    static constexpr float kZeros[kLanes] = {};
-    zeroColumns_.assign(static_cast<std::size_t>(chamfer::stepsOf(cols_)) + kLanes, 0.0F);
-    weigh({ground, nullptr, kZeros, zeroColumns_.data() + chamfer::stepsOf(cols_)});
-  }
-
-  void straighten() {
     Leveled<Straighten>::call(slanted_.data(), tiles_, straight_.data() + kBefore,
                               static_cast<std::ptrdiff_t>(stride_));
   }
 
-  void mix(const Feathering& job, int block) {
+  /// Nothing of the ground.
+  void weighNothing() { std::fill(straight_.begin(), straight_.end(), Bytes{0}); }
+
+  void mix(const Feathering& job, int block) const {
     const std::size_t bytes = planeSize(1, job.cols, job.channels);
     const int first = block * kLanes;
     const int end = std::min(job.rows, first + kLanes);
@@ -213,12 +171,167 @@ class Featherer {
     }
   }
 
-  Distances ground_, frame_;
-  FrameDistances fullFrame_;
+ private:
+  /// Bytes before a row of weights.
+  static constexpr std::size_t kBefore = kLanes;
+
   int cols_ = 0;
   int tiles_ = 0;
   std::size_t stride_ = 0;
-  std::vector<Bytes> slanted_, straight_, content_;
+  std::vector<Bytes> slanted_, straight_;
+};
+
+/// A block whose distances are finished.
+struct FinishedBlock {
+  int block;
+  const float* ground;  ///< Null where all are 0, and where the ground is full.
+  const float* frame;   ///< The same.
+  std::size_t slot;     ///< Which of the maps they lie in.
+};
+
+/// Blocks on their way from the thread that spreads distances, which no other can do, to any that
+/// weighs and mixes.
+class FinishedBlocks {
+ public:
+  static constexpr std::size_t kSlots = 4;
+
+  FinishedBlocks() {
+    for (std::size_t slot = 0; slot < kSlots; ++slot) free_.push_back(slot);
+  }
+
+  void add(const FinishedBlock& block) {
+    const std::lock_guard lock(mutex_);
+    ready_.push_back(block);
+    changed_.notify_one();
+  }
+  void close() {
+    const std::lock_guard lock(mutex_);
+    closed_ = true;
+    changed_.notify_all();
+  }
+
+  /// Waits for a block, until the last is taken.
+  std::optional<FinishedBlock> take() {
+    std::unique_lock lock(mutex_);
+    changed_.wait(lock, [this] { return !ready_.empty() || closed_; });
+    return takeReady();
+  }
+  /// Does not wait.
+  std::optional<FinishedBlock> takeIfAny() {
+    const std::lock_guard lock(mutex_);
+    return takeReady();
+  }
+
+  void giveBack(std::size_t slot) {
+    const std::lock_guard lock(mutex_);
+    free_.push_back(slot);
+    slotFree_.notify_one();
+  }
+  /// A free slot, or none while there is a block to be mixed instead.
+  std::optional<std::size_t> slotOrWork() {
+    std::unique_lock lock(mutex_);
+    slotFree_.wait(lock, [this] { return !free_.empty() || !ready_.empty(); });
+    if (free_.empty()) return std::nullopt;
+    const std::size_t slot = free_.back();
+    free_.pop_back();
+    return slot;
+  }
+
+ private:
+  std::optional<FinishedBlock> takeReady() {
+    if (ready_.empty()) return std::nullopt;
+    const FinishedBlock block = ready_.front();
+    ready_.erase(ready_.begin());
+    return block;
+  }
+
+  std::mutex mutex_;
+  std::condition_variable changed_, slotFree_;
+  std::vector<FinishedBlock> ready_;
+  std::vector<std::size_t> free_;
+  bool closed_ = false;
+};
+
+class Featherer {
+ public:
+  void run(const Feathering& job) {
+    const ImageView ground = {job.ground, job.stride, job.rows, job.cols, job.channels};
+    const ImageView frame = {job.frame, rowStart(1, job.cols, job.channels), job.rows, job.cols,
+                             job.channels};
+    prepare(job);
+    FinishedBlocks blocks;
+    std::promise<bool> frameFilling;
+    std::future<bool> frameFilled = frameFilling.get_future();
+    const auto assist = [&] {
+      frameFilling.set_value(isFull(frame));
+      while (const std::optional<FinishedBlock> block = blocks.take()) {
+        mix(job, *block, mixers_[1], blocks);
+      }
+    };
+    Assistant assistant(paysForTwo(planeSize(job.rows, job.cols)), assist);
+    const AtScopeEnd close([&] { blocks.close(); });
+
+    groundIsFull_ = !ground_.spreadDown(ground, /*blankFrame=*/false);
+    frameIsFull_ = assistant.works() ? frameFilled.get() : isFull(frame);
+    if (!frameIsFull_) frame_.spreadDown(frame, /*blankFrame=*/true);
+
+    for (int b = chamfer::blocksOf(job.rows) - 1; b >= 0; --b) {
+      std::optional<std::size_t> slot = blocks.slotOrWork();
+      while (!slot) {
+        if (const auto block = blocks.takeIfAny()) mix(job, *block, mixers_[0], blocks);
+        slot = blocks.slotOrWork();
+      }
+      blocks.add({b, groundIsFull_ ? nullptr : ground_.finish(b, groundMaps_[*slot].data()),
+                  frameIsFull_ ? nullptr : frame_.finish(b, frameMaps_[*slot].data()), *slot});
+    }
+    while (const auto block = blocks.takeIfAny()) mix(job, *block, mixers_[0], blocks);
+    blocks.close();
+    assistant.join();
+  }
+
+ private:
+  void prepare(const Feathering& job) {
+    for (BlockMixer& mixer : mixers_) mixer.prepare(job.cols);
+    content_.resize(static_cast<std::size_t>(job.cols));
+    const std::size_t floats = chamfer::blockFloats(job.cols);
+    for (auto& map : groundMaps_) map.resize(floats);
+    for (auto& map : frameMaps_) map.resize(floats);
+    const auto steps = static_cast<std::size_t>(chamfer::stepsOf(job.cols));
+    zeroColumns_.assign(steps + kLanes, 0.0F);
+    fullFrame_.begin(job.rows, job.cols);
+  }
+
+  bool isFull(const ImageView& frame) {
+    for (int r = 0; r < frame.rows; ++r) {
+      if (contentOfRow(frame, r, content_) != Filling::kFull) return false;
+    }
+    return true;
+  }
+
+  void mix(const Feathering& job, const FinishedBlock& finished, BlockMixer& mixer,
+           FinishedBlocks& blocks) const {
+    const int b = finished.block;
+    if (!groundIsFull_ && finished.ground == nullptr) {
+      mixer.weighNothing();
+    } else if (frameIsFull_) {
+      mixer.weigh({finished.ground, nullptr, fullFrame_.ofRows(b), fullFrame_.ofColumns(0)});
+    } else if (finished.frame == nullptr) {
+      static constexpr float kZeros[kLanes] = {};
+      mixer.weigh({finished.ground, nullptr, kZeros, &zeroColumns_.back() - kLanes});
+    } else {
+      mixer.weigh({finished.ground, finished.frame, nullptr, nullptr});
+    }
+    mixer.mix(job, b);
+    blocks.giveBack(finished.slot);
+  }
+
+  Distances ground_, frame_;
+  FrameDistances fullFrame_;
+  bool groundIsFull_ = false;
+  bool frameIsFull_ = false;
+  BlockMixer mixers_[2];
+  std::vector<float> groundMaps_[FinishedBlocks::kSlots], frameMaps_[FinishedBlocks::kSlots];
+  std::vector<Bytes> content_;
   std::vector<float> zeroColumns_;
 };
 

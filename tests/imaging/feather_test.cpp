@@ -10,6 +10,7 @@
 #include <string>
 #include <vector>
 
+#include "imaging/assistant.h"
 #include "imaging/fusion.h"
 #include "imaging/run_buffer.h"
 #include "tests/imaging/slow_fusion.h"
@@ -73,7 +74,9 @@ class Ground {
 void expectPlainResult(const Bytes& ground, const Bytes& frame, int rows, int cols, int channels) {
   const Bytes expected = fusedPlainly(ground, frame, rows, cols, channels);
   atEachLevel([&] {
+    // One thread, then two.
     for (const std::size_t gap : {0U, 7U}) {
+      framequilt::setThreads(gap == 0 ? 1 : 2);
       Ground under(ground, rows, cols, channels, gap);
       GuardedBytes over(frame), copy(frame.size());
       const Feathering job = {under.data(), under.stride(), over.data(), copy.data(),
@@ -88,6 +91,7 @@ void expectPlainResult(const Bytes& ground, const Bytes& frame, int rows, int co
       EXPECT_TRUE(under.intact());
     }
   });
+  framequilt::setThreads(0);
 }
 
 /// Empties a rectangle.
