@@ -13,8 +13,8 @@ namespace framequilt {
 /// pixels. Results do not depend on it.
 bool paysForTwo(std::size_t pixels) noexcept;
 
-/// For tests and benchmarks: one or two threads, however few the pixels and processors are; 0 decides
-/// as above again.
+/// For tests and benchmarks: one or two threads, however few the pixels and processors are; 0
+/// decides as above again.
 void setThreads(int threads) noexcept;
 
 /// Runs `work` on a thread of its own, if that is wanted and can be had.
