@@ -17,6 +17,7 @@ bool CornerLane::start(void* (*body)(void*)) {
   {
     const std::lock_guard lock(mutex_);
     ++starting_;
+    claimed_ = false;  // A worker may have left in the middle of a job.
   }
   if (pthread_create(&thread_, nullptr, body, nullptr) == 0) return true;
   thread_ = 0;
@@ -37,11 +38,11 @@ bool CornerLane::join() {
   return thread != 0 && pthread_join(thread, nullptr) == 0;
 }
 
-void CornerLane::request() {
+void CornerLane::request(bool wakes) {
   const std::lock_guard lock(mutex_);
   failed_ = false;
   request_ = true;
-  changed_.notify_all();
+  if (wakes) changed_.notify_all();
 }
 
 bool CornerLane::await(Abandoned abandoned) {
@@ -70,13 +71,21 @@ void CornerLane::leave() {
 
 void CornerLane::waitForRequest() {
   std::unique_lock lock(mutex_);
-  changed_.wait_for(lock, kLookAtFlags, [this] { return request_ || !run_; });
+  changed_.wait_for(lock, kLookAtFlags, [this] { return (request_ && !claimed_) || !run_; });
+}
+
+bool CornerLane::claim() {
+  const std::lock_guard lock(mutex_);
+  if (!request_ || claimed_) return false;
+  claimed_ = true;
+  return true;
 }
 
 void CornerLane::finish(bool succeeded) {
   const std::lock_guard lock(mutex_);
   failed_ = !succeeded;
   request_ = false;
+  claimed_ = false;
   changed_.notify_all();
 }
 

@@ -37,8 +37,15 @@ class CornerLane {
   /// Joins the thread and forgets its id. False when there is none or the join fails.
   bool join();
 
-  /// Raises the request.
-  void request();
+  /// Raises the request. Without `wakes` the worker is left asleep; it looks after a millisecond
+  /// all the same.
+  void request(bool wakes = true);
+
+  /// Does the requested job on the calling thread, unless the worker has taken it.
+  template <class Job>
+  void serveHere(Job job) {
+    if (claim()) finish(outcomeOf(job).value_or(false));
+  }
 
   /// What becomes of a request that no worker is there to take.
   enum class Abandoned { kWithdrawn, kLeftRaised };
@@ -62,7 +69,7 @@ class CornerLane {
     enter();
     while (run_) {
       waitForRequest();
-      while (request_) {
+      while (claim()) {
         const std::optional<bool> succeeded = outcomeOf(job);
         if (!succeeded) {
           leave();
@@ -90,6 +97,8 @@ class CornerLane {
   void enter();
   void leave();
   void waitForRequest();
+  /// Whether there is a request that nobody is working on; the calling thread is from now on.
+  bool claim();
   void finish(bool succeeded);
 
   std::atomic<bool>& run_;
@@ -100,6 +109,7 @@ class CornerLane {
   std::condition_variable changed_;
   int starting_ = 0;  // Threads created that have not reached serve() yet.
   int serving_ = 0;
+  bool claimed_ = false;
   bool failed_ = false;
 };
 

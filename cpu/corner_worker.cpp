@@ -129,14 +129,12 @@ void* findHarrisCornerCoordianteThreadOne(void* /*unused*/) {
 
 void* findHarrisCornerCoordianteThreadTwo(void* /*unused*/) {
   framequilt::report("findHarrisCornerCoordianteThreadTwo in");
-  const WorkerData data = {DestImageTwoIn,
-                           resiz_Two,
-                           DestTempGrayImage,
-                           HarrissCornerSPointTwoArray,
-                           FeatureDescriber2,
-                           DescribleSymbol1,
-                           findHarrisCornerCoordianteFun2,
-                           getRangeCpuTwo};
-  framequilt::laneTwo().serve([&] { return findAndDescribe(data); });
+  framequilt::laneTwo().serve([] { return framequilt::findAndDescribeNewFrame(); });
   pthread_exit(nullptr);
+}
+
+bool framequilt::findAndDescribeNewFrame() {
+  return findAndDescribe({DestImageTwoIn, resiz_Two, DestTempGrayImage, HarrissCornerSPointTwoArray,
+                          FeatureDescriber2, DescribleSymbol1, findHarrisCornerCoordianteFun2,
+                          getRangeCpuTwo});
 }

@@ -24,3 +24,11 @@ FRAMEQUILT_EXPORT bool getRangeCpuOne(int dx, int dy, unsigned char* gray, int r
                                       std::vector<SPoint>& corners);
 FRAMEQUILT_EXPORT bool getRangeCpuTwo(int dx, int dy, unsigned char* gray, int rows, int cols,
                                       std::vector<SPoint>& corners);
+
+namespace framequilt {
+
+/// The job of worker two, on the calling thread. False when the caller of the offset estimation has
+/// not provided what it works in.
+bool findAndDescribeNewFrame();
+
+}  // namespace framequilt

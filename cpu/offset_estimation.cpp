@@ -5,6 +5,7 @@
 #include <cstddef>
 
 #include "cpu/corner_lane.h"
+#include "cpu/corner_worker.h"
 #include "cpu/run_state.h"
 #include "features/features_state.h"
 #include "features/offset.h"
@@ -18,6 +19,9 @@ namespace {
 using framequilt::drop;
 using framequilt::ensure;
 using framequilt::planeSize;
+
+/// Smaller ones are done before a second thread has woken.
+constexpr std::size_t kFewestPixelsToHelp = 150000;
 
 void setCornerSearchSize() {
   if (scale != 1 && scale != 2) return;
@@ -38,9 +42,13 @@ void publish(unsigned char* img1, unsigned char* img2, imgInfo info) {
 
 /// Both images at once. Waits for both workers also when one fails: the other still reads the
 /// images.
-bool findCornersOfBoth() {
+bool findCornersOfBoth(imgInfo info) {
+  // With large images this thread does the work of one of them: two workers that are woken together
+  // often find themselves on one processor, one behind the other, while this one sleeps.
+  const bool helps = planeSize(info.rows, info.cols) >= kFewestPixelsToHelp;
   framequilt::laneOne().request();
-  framequilt::laneTwo().request();
+  framequilt::laneTwo().request(/*wakes=*/!helps);
+  if (helps) framequilt::laneTwo().serveHere([] { return framequilt::findAndDescribeNewFrame(); });
   const bool one = framequilt::laneOne().await();
   const bool two = framequilt::laneTwo().await();
   return one && two;
@@ -66,7 +74,7 @@ bool imageMosaicFun(unsigned char* img1, unsigned char* img2, imgInfo info, int&
 
   publish(img1, img2, info);
   framequilt::report("imageMosaicFun in");
-  if (!findCornersOfBoth()) return false;
+  if (!findCornersOfBoth(info)) return false;
 
   return framequilt::offsetOfCorners({HarrissCornerSPointOneArray, FeatureDescriber1},
                                      {HarrissCornerSPointTwoArray, FeatureDescriber2},
