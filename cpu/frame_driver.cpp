@@ -153,16 +153,17 @@ void blend(unsigned char* dest) {
 }
 
 /// Blends a frame that qualified; where it cannot, the next frame is matched against the reference
-/// of this call again.
-void blendOrKeepReference(unsigned char* dest) {
+/// of this call again. \return Whether it was blended.
+bool blendOrKeepReference(unsigned char* dest) {
   const framequilt::Shift shift = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol);
   if (framequilt::canBlend(shift, flagsCpu.matchNum, ImageOverlap_minCpu, ImageOverlap_maxCpu) &&
       canHoldFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
     blend(dest);
     framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
-  } else {
-    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
+    return true;
   }
+  std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
+  return false;
 }
 
 /// A run is open and its frames have a size that its buffers were made for.
@@ -171,6 +172,31 @@ bool runIsOpen() {
          theSorImageTemp != nullptr && thedestImage_pre != nullptr && imgScaleRow >= 0 &&
          imgScaleCol >= 0;
 }
+
+/// The reference of a later call lies in `theSorImageTemp`, is wanted in `theSorImageScale`, and
+/// has to be in both afterwards unless a blend has left the next one in the first. Buffers that
+/// change places spare a copy where it does. Not with the overlap criterion, which writes to the
+/// image it is given.
+class LentReference {
+ public:
+  explicit LentReference(bool isLater) : lent_(isLater && GStitchMode != 0 && runIsOpen()) {
+    if (lent_) framequilt::exchange(theSorImageTemp, theSorImageScale);
+  }
+  ~LentReference() {
+    if (!lent_) return;
+    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(theSorImageInfoCpu.channels));
+  }
+  LentReference(const LentReference&) = delete;
+  LentReference& operator=(const LentReference&) = delete;
+
+  unsigned char* image() const { return lent_ ? theSorImageScale : theSorImageTemp; }
+
+  /// The next reference is in its place.
+  void forget() { lent_ = false; }
+
+ private:
+  bool lent_;
+};
 
 }  // namespace
 
@@ -182,11 +208,15 @@ int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameInd
   cpuMotordy = motorDy;
   cpuMotorflage = motorFlag;
 
-  const bool estimated =
-      stitchingImageOffsetCpu(frameIndex != 0 ? theSorImageTemp : src, dest, frameIndex, frameScale,
-                              motorDx, motorDy, false, theSorImageInfoCpu, thedestImageInfoCpu,
-                              outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
-  if (estimated && flagsCpu.stitch_flags == 1) blendOrKeepReference(dest);
+  bool estimated = false;
+  {
+    LentReference reference(frameIndex != 0);
+    unsigned char* const first = frameIndex != 0 ? reference.image() : src;
+    estimated = stitchingImageOffsetCpu(first, dest, frameIndex, frameScale, motorDx, motorDy,
+                                        false, theSorImageInfoCpu, thedestImageInfoCpu,
+                                        outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
+    if (estimated && flagsCpu.stitch_flags == 1 && blendOrKeepReference(dest)) reference.forget();
+  }
 
   outMosaic = mosaicImgCpu;
   outLeft = outbordLeftCpu;
@@ -208,7 +238,7 @@ bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameI
   bringToWorkingSize(dest, destInfo, frameScale, thedestImageScale,
                      framequilt::newFrameCapacity(destInfo.channels));
   if (frameIndex != 0) {
-    std::memcpy(theSorImageScale, src, workingBytes(channels));
+    if (src != theSorImageScale) std::memcpy(theSorImageScale, src, workingBytes(channels));
   } else {
     pretJudgeImageCh(src, srcInfo.rows, srcInfo.cols, channels);
     bringToWorkingSize(src, srcInfo, frameScale, theSorImageScale,

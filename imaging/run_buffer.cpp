@@ -109,6 +109,21 @@ void drop(T*& buffer) noexcept {
   if (!keep(&buffer, memory)) delete[] memory;
 }
 
+template <class T>
+void exchange(T*& one, T*& two) noexcept {
+  std::swap(one, two);
+  const std::lock_guard lock(ledger().mutex);
+  const auto ofOne = ledger().own.find(&one);
+  const auto ofTwo = ledger().own.find(&two);
+  if (ofOne != ledger().own.end() && ofTwo != ledger().own.end()) {
+    std::swap(ofOne->second, ofTwo->second);
+  } else {
+    // One is the host's: from now on both are taken at their word.
+    if (ofOne != ledger().own.end()) ofOne->second = {};
+    if (ofTwo != ledger().own.end()) ofTwo->second = {};
+  }
+}
+
 void keepDropped(bool keep) noexcept {
   const std::lock_guard lock(ledger().mutex);
   ledger().keeps = keep;
@@ -122,6 +137,7 @@ template void ensure<float>(float*&, std::size_t);
 template void ensureRoom<unsigned char>(unsigned char*&, std::size_t);
 template void ensureRoom<unsigned short>(unsigned short*&, std::size_t);
 template void ensureRoom<float>(float*&, std::size_t);
+template void exchange<unsigned char>(unsigned char*&, unsigned char*&) noexcept;
 template void drop<unsigned char>(unsigned char*&) noexcept;
 template void drop<unsigned short>(unsigned short*&) noexcept;
 template void drop<float>(float*&) noexcept;

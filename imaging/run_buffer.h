@@ -30,6 +30,10 @@ void ensureRoom(T*& buffer, std::size_t elements);
 template <class T>
 void drop(T*& buffer) noexcept;
 
+/// Exchanges the memory of two buffers, and what is remembered of it.
+template <class T>
+void exchange(T*& one, T*& two) noexcept;
+
 /// At the start of a run, and at its end: then what was kept is released.
 void keepDropped(bool keep) noexcept;
 
@@ -39,6 +43,7 @@ extern template void ensure<float>(float*&, std::size_t);
 extern template void ensureRoom<unsigned char>(unsigned char*&, std::size_t);
 extern template void ensureRoom<unsigned short>(unsigned short*&, std::size_t);
 extern template void ensureRoom<float>(float*&, std::size_t);
+extern template void exchange<unsigned char>(unsigned char*&, unsigned char*&) noexcept;
 extern template void drop<unsigned char>(unsigned char*&) noexcept;
 extern template void drop<unsigned short>(unsigned short*&) noexcept;
 extern template void drop<float>(float*&) noexcept;

@@ -196,6 +196,35 @@ TYPED_TEST(KeptBuffer, EndOfKeepingReleases) {
   drop(this->buffer_);  // the leak check sees one that is kept
 }
 
+TEST(RunBufferExchange, SizesGoWithTheMemory) {
+  unsigned char* small = nullptr;
+  unsigned char* large = nullptr;
+  ensure(small, 10);
+  ensure(large, 1000);
+  std::fill_n(large, 1000, static_cast<unsigned char>(7));
+  framequilt::exchange(small, large);
+  EXPECT_EQ(small[999], 7);
+  ensure(small, 1000);
+  EXPECT_EQ(small[999], 7);
+  ensure(large, 1000);  // the address sanitizer sees one that is still small
+  EXPECT_EQ(std::count(large, large + 1000, 0), 1000);
+  drop(small);
+  drop(large);
+}
+
+TEST(RunBufferExchange, MemoryOfTheHostIsTakenAtItsWord) {
+  unsigned char* own = nullptr;
+  ensure(own, 10);
+  auto* ofHost = new unsigned char[20];
+  unsigned char* const before = ofHost;
+  framequilt::exchange(own, ofHost);
+  EXPECT_EQ(own, before);
+  ensure(own, 1000000);
+  EXPECT_EQ(own, before);
+  drop(own);
+  drop(ofHost);
+}
+
 TEST(RunBufferFailure, NullStaysNull) {
   float* buffer = nullptr;
   EXPECT_THROW(ensure(buffer, std::numeric_limits<std::size_t>::max()), std::bad_alloc);
