@@ -184,6 +184,24 @@ struct SpreadDown {
 };
 
 template <int Bytes>
+struct Fill {
+  using F = Front<Bytes>;
+
+  FRAMEQUILT_ROUTINE void run(const Block& block, const std::uint16_t* content) {
+    F bitOfLane = {};
+    for (int p = 0; p < F::kParts; ++p) {
+      for (int k = 0; k < F::kWidth; ++k) bitOfLane.part[p][k] = 1 << (p * F::kWidth + k);
+    }
+    const int steps = stepsOf(block.cols);
+    for (int t = 0; t < steps; ++t) {
+      F here = {};
+      Content<Bytes>::expand(content[t], bitOfLane, here);
+      F::store(here, block.map + static_cast<std::size_t>(t) * kLanes);
+    }
+  }
+};
+
+template <int Bytes>
 struct SpreadUp {
   using F = Front<Bytes>;
 
@@ -236,9 +254,13 @@ struct SpreadUp {
 Edge noEdge() { return constantEdge(kNoWay); }
 
 void spreadDown(const Block& block, const std::uint16_t* content) {
-  LeveledByWidth<SpreadDown, void (*)(const Block&, const std::uint16_t*)>::call(block, content);
+  LeveledByWidth<SpreadDown>::call(block, content);
 }
 
-void spreadUp(const Block& block) { LeveledByWidth<SpreadUp, void (*)(const Block&)>::call(block); }
+void fill(const Block& block, const std::uint16_t* content) {
+  LeveledByWidth<Fill>::call(block, content);
+}
+
+void spreadUp(const Block& block) { LeveledByWidth<SpreadUp>::call(block); }
 
 }  // namespace framequilt::chamfer

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "imaging/content.h"
 
+#include <algorithm>
 #include <cstring>
 
 #include "imaging/cpu_level.h"
@@ -11,13 +12,9 @@ namespace {
 using Bytes = unsigned char;
 
 /// Where no byte is 0, every pixel has content.
-struct HasZero {
-  FRAMEQUILT_ROUTINE bool run(const Bytes* bytes, std::size_t count) {
-    Bytes zeros = 0;
-    for (std::size_t i = 0; i < count; ++i) zeros |= bytes[i] == 0 ? Bytes{1} : Bytes{0};
-    return zeros != 0;
-  }
-};
+bool hasZero(const Bytes* bytes, std::size_t count) {
+  return std::memchr(bytes, 0, count) != nullptr;
+}
 
 struct ColourContent {
   FRAMEQUILT_ROUTINE void run(const Bytes* __restrict bgr, int count, Bytes* __restrict content) {
@@ -34,15 +31,25 @@ struct GrayContent {
   }
 };
 
+/// Pixels that are looked at together.
+constexpr int kStretch = 256;
+
 }  // namespace
 
 Filling contentOfRow(const ImageView& image, int row, std::vector<unsigned char>& content) {
-  if (!Leveled<HasZero>::call(image.row(row), image.rowBytes())) return Filling::kFull;
+  if (!hasZero(image.row(row), image.rowBytes())) return Filling::kFull;
   const auto cols = static_cast<std::size_t>(image.cols);
-  if (image.channels == 3) {
-    Leveled<ColourContent>::call(image.row(row), image.cols, content.data());
-  } else {
-    Leveled<GrayContent>::call(image.row(row), image.cols, content.data());
+  for (int begin = 0; begin < image.cols; begin += kStretch) {
+    const int count = std::min(kStretch, image.cols - begin);
+    const Bytes* const pixels = image.row(row) + rowStart(1, begin, image.channels);
+    Bytes* const to = content.data() + begin;
+    if (!hasZero(pixels, planeSize(1, count, image.channels))) {
+      std::memset(to, 1, static_cast<std::size_t>(count));
+    } else if (image.channels == 3) {
+      Leveled<ColourContent>::call(pixels, count, to);
+    } else {
+      Leveled<GrayContent>::call(pixels, count, to);
+    }
   }
   if (std::memchr(content.data(), 0, cols) == nullptr) return Filling::kFull;
   return std::memchr(content.data(), 1, cols) == nullptr ? Filling::kEmpty : Filling::kMixed;

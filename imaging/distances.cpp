@@ -21,6 +21,31 @@ struct AddRow {
   }
 };
 
+/// Bits of pixels with content that have a neighbour without, on the way down. `before` and
+/// `twoBefore` are the contents of the row one step and two steps before; bits 0 of `above` and
+/// `aboveBefore` are those of the pixels above row 0 of the block.
+inline std::uint16_t exposed(unsigned here, unsigned before, unsigned twoBefore, unsigned above,
+                             unsigned aboveBefore) {
+  const unsigned up = (before << 1U) | above;
+  const unsigned upLeft = (twoBefore << 1U) | aboveBefore;
+  return static_cast<std::uint16_t>(here & ~(before & up & upLeft));
+}
+
+/// Whether any is exposed among the steps whose lanes all lie inside the image. Row 15 of the block
+/// above is 15 steps ahead, in the highest bit.
+struct AnyExposed {
+  FRAMEQUILT_ROUTINE bool run(const std::uint16_t* content, const std::uint16_t* above, int begin,
+                              int end) {
+    unsigned any = 0;
+    for (int t = begin; t < end; ++t) {
+      any |= exposed(content[t], content[t - 1], content[t - 2],
+                     static_cast<unsigned>(above[t + kLanes - 1]) >> 15U,
+                     static_cast<unsigned>(above[t + kLanes - 2]) >> 15U);
+    }
+    return any != 0;
+  }
+};
+
 std::size_t size(int count) { return static_cast<std::size_t>(count); }
 
 }  // namespace
@@ -68,10 +93,47 @@ Filling Distances::look(int block, bool blankFrame) {
   return fullRows == (1U << static_cast<unsigned>(rows)) - 1U ? Filling::kFull : Filling::kMixed;
 }
 
+/// True where each pixel with content has such neighbours to the left, above and above left, in
+/// this block and in those above it: nothing spreads to it then.
+bool Distances::staysOnTheWayDown(int block) {
+  if (block > 0 && !settled_[size(block - 1)]) return false;
+  const std::uint16_t* const content = bits(block);
+  const std::uint16_t* const above = block > 0 ? bits(block - 1) : nullptr;
+  const int cols = image_.cols;
+  const auto at = [](const std::uint16_t* row, int t) { return t < 0 ? 0U : unsigned{row[t]}; };
+  // The first row of the image, and its first and last column, are not updated.
+  const auto exposedAt = [&](int t) {
+    unsigned inner = block > 0 ? 0xFFFFU : 0xFFFEU;
+    if (t <= kLanes) inner &= (1U << static_cast<unsigned>(std::max(t, 0))) - 1U;
+    if (t > cols - 2) inner &= 0xFFFFU << static_cast<unsigned>(std::min(t - (cols - 2), kLanes));
+    const auto aboveAt = [&](int column) {
+      if (above == nullptr) return 1U;
+      return column < 0 || column >= cols ? 0U : unsigned{above[column + kLanes - 1]} >> 15U;
+    };
+    return inner & exposed(at(content, t), at(content, t - 1), at(content, t - 2), aboveAt(t),
+                           aboveAt(t - 1));
+  };
+  const int steps = chamfer::stepsOf(cols);
+  const int begin = above == nullptr ? steps : std::min(kLanes, steps);
+  const int end = std::max(begin, cols - 1);
+  for (int t = 0; t < begin; ++t) {
+    if (exposedAt(t) != 0) return false;
+  }
+  for (int t = end; t < steps; ++t) {
+    if (exposedAt(t) != 0) return false;
+  }
+  return begin >= end || !Leveled<AnyExposed>::call(content, above, begin, end);
+}
+
 void Distances::keepLastRow(int block) {
   float* const last = lastRow(block);
   if (filling_[size(block)] == Filling::kEmpty) {
     std::fill_n(last, image_.cols, 0.0F);
+    return;
+  }
+  if (settled_[size(block)]) {
+    const std::uint16_t* const content = bits(block) + kLanes - 1;
+    for (int c = 0; c < image_.cols; ++c) last[c] = content[c] >> 15 != 0 ? chamfer::kFarthest : 0;
     return;
   }
   chamfer::spreadDown(blockWith(map_.data(), block, above(block)), bits(block));
@@ -95,7 +157,11 @@ bool Distances::spreadDown(const ImageView& image, bool blankFrame) {
                   [](Filling filling) { return filling == Filling::kFull; })) {
     return false;
   }
-  for (int b = 0; b < blocks; ++b) keepLastRow(b);
+  settled_.assign(size(blocks), false);
+  for (int b = 0; b < blocks; ++b) {
+    settled_[size(b)] = staysOnTheWayDown(b);
+    keepLastRow(b);
+  }
   return true;
 }
 
@@ -105,7 +171,11 @@ const float* Distances::finish(int block, float* map) {
     below_ = chamfer::constantEdge(kZero);
     return nullptr;
   }
-  chamfer::spreadDown(blockWith(map, block, above(block)), bits(block));
+  if (settled_[size(block)]) {
+    chamfer::fill(blockWith(map, block, above(block)), bits(block));
+  } else {
+    chamfer::spreadDown(blockWith(map, block, above(block)), bits(block));
+  }
   chamfer::spreadUp(blockWith(map, block, below_));
   const chamfer::Edge first = chamfer::firstRowOf(map);
   for (int c = 0; c < image_.cols; ++c) firstRow_[size(c)] = first.first[c * first.stride];

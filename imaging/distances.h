@@ -34,10 +34,13 @@ class Distances {
   chamfer::Block blockWith(float* map, int block, chamfer::Edge edge) const;
   Filling contentOf(int row, bool blankFrame);
   Filling look(int block, bool blankFrame);
+  bool staysOnTheWayDown(int block);
   void keepLastRow(int block);
 
   ImageView image_ = {};
   std::vector<Filling> filling_;
+  /// Whether the way down changes nothing in a block.
+  std::vector<bool> settled_;
   std::vector<std::uint16_t> bits_;
   std::vector<float> lastRows_, firstRow_, map_;
   std::vector<unsigned char> content_;
