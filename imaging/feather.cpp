@@ -196,6 +196,8 @@ class FinishedBlocks {
   static constexpr std::size_t kSlots = 4;
 
   FinishedBlocks() {
+    // Nothing is allocated once pixels are written.
+    ready_.reserve(kSlots);
     for (std::size_t slot = 0; slot < kSlots; ++slot) free_.push_back(slot);
   }
 
