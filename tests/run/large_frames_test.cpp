@@ -64,8 +64,9 @@ TEST_P(LargeFrames, ReferenceOutlivesRefusedFrames) {
   EXPECT_EQ(last.flags.offsetX, 20);
   EXPECT_EQ(last.flags.offsetY, 180);
   EXPECT_EQ(last.flags.position, placeOf({480, 380}));
-  expectMosaicShows(last.mosaic, scene_.picture(), placeOf({0, 0}),
-                    {{kStart, kRows, kCols}, {{460, 200}, kRows, kCols}, {{480, 380}, kRows, kCols}});
+  expectMosaicShows(
+      last.mosaic, scene_.picture(), placeOf({0, 0}),
+      {{kStart, kRows, kCols}, {{460, 200}, kRows, kCols}, {{480, 380}, kRows, kCols}});
 }
 
 }  // namespace
