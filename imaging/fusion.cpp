@@ -169,7 +169,8 @@ void fusePlainly(unsigned char* image1, unsigned char* image2, int channels, int
   } else {
     mixGray(image1, image2, AreaImageOneWeight, pixels);
   }
-  std::memcpy(image1, image2, planeSize(rows, cols, channels));
+  // The images may overlap.
+  std::memmove(image1, image2, planeSize(rows, cols, channels));
 }
 
 }  // namespace framequilt
