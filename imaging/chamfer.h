@@ -41,7 +41,9 @@ struct Edge {
 Edge noEdge();
 /// The same value all along; it has to live as long.
 inline Edge constantEdge(const float& value) { return {&value, 0}; }
-inline Edge lastRowOf(const float* map) { return {map + kLanes * kLanes - 1, kLanes}; }
+inline Edge lastRowOf(const float* map) {
+  return {map + (std::ptrdiff_t{kLanes} * kLanes - 1), kLanes};
+}
 inline Edge firstRowOf(const float* map) { return {map, kLanes}; }
 
 /// A block of rows.

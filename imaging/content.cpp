@@ -17,8 +17,9 @@ bool hasZero(const Bytes* bytes, std::size_t count) {
 }
 
 struct ColourContent {
-  FRAMEQUILT_ROUTINE void run(const Bytes* __restrict bgr, int count, Bytes* __restrict content) {
-    for (int i = 0; i < count; ++i) {
+  FRAMEQUILT_ROUTINE void run(const Bytes* __restrict bgr, std::size_t count,
+                              Bytes* __restrict content) {
+    for (std::size_t i = 0; i < count; ++i) {
       const unsigned gray = 299U * bgr[3 * i + 2] + 587U * bgr[3 * i + 1] + 114U * bgr[3 * i];
       content[i] = gray >= 500U ? 1 : 0;
     }
@@ -46,7 +47,7 @@ Filling contentOfRow(const ImageView& image, int row, std::vector<unsigned char>
     if (!hasZero(pixels, planeSize(1, count, image.channels))) {
       std::memset(to, 1, static_cast<std::size_t>(count));
     } else if (image.channels == 3) {
-      Leveled<ColourContent>::call(pixels, count, to);
+      Leveled<ColourContent>::call(pixels, static_cast<std::size_t>(count), to);
     } else {
       Leveled<GrayContent>::call(pixels, count, to);
     }

@@ -194,7 +194,7 @@ void FrameDistances::begin(int rows, int cols) {
   ofRow_.assign(size(chamfer::blocksOf(rows)) * kLanes, 0.0F);
   for (int r = 0; r < rows; ++r) ofRow_[size(r)] = distance(r, rows);
   // From right to left, with room for the lanes that lie outside.
-  fromRight_.assign(size(cols) + 2 * (kLanes - 1), 0.0F);
+  fromRight_.assign(size(cols + 2 * (kLanes - 1)), 0.0F);
   for (int c = 0; c < cols; ++c) fromRight_[size(kLanes - 1 + cols - 1 - c)] = distance(c, cols);
   rows_ = rows;
   cols_ = cols;

@@ -55,7 +55,9 @@ class FrameDistances {
 
   /// Of the 16 rows of a block, and of the columns t, t - 1, ..., t - 15 of step t. A pixel's
   /// distance is the smaller of the two of its lane.
-  const float* ofRows(int block) const { return ofRow_.data() + block * chamfer::kLanes; }
+  const float* ofRows(int block) const {
+    return ofRow_.data() + std::ptrdiff_t{block} * chamfer::kLanes;
+  }
   const float* ofColumns(int step) const {
     return fromRight_.data() + (chamfer::kLanes - 1 + cols_ - 1 - step);
   }

@@ -78,7 +78,7 @@ struct Straighten {
   }
 
   FRAMEQUILT_ROUTINE void halves(const Lane (&from)[kLanes], Lane (&to)[kLanes]) {
-    for (int i = 0; i < kLanes / 2; ++i) {
+    for (std::size_t i = 0; i < kLanes / 2; ++i) {
       interleave(from[i], from[i + kLanes / 2], to[2 * i], to[2 * i + 1]);
     }
   }
@@ -88,13 +88,13 @@ struct Straighten {
       // Interleaving the halves four times transposes a square of 16 x 16.
       Lane a[kLanes];
       Lane b[kLanes];
-      std::memcpy(a, slanted + tile * kLanes * kLanes, sizeof(a));
+      std::memcpy(a, slanted + std::ptrdiff_t{tile} * kLanes * kLanes, sizeof(a));
       halves(a, b);
       halves(b, a);
       halves(a, b);
       halves(b, a);
       for (int k = 0; k < kLanes; ++k) {
-        std::memcpy(rows + k * stride + tile * kLanes - k, &a[k], sizeof(Lane));
+        std::memcpy(rows + k * stride + std::ptrdiff_t{tile} * kLanes - k, &a[k], sizeof(Lane));
       }
     }
   }
@@ -108,9 +108,9 @@ inline unsigned weightedSum(unsigned weight, Bytes ground, Bytes frame) {
 
 struct MixColour {
   FRAMEQUILT_ROUTINE void run(const Bytes* __restrict ground, const Bytes* __restrict weight,
-                              int count, Bytes* __restrict frame) {
-    for (int i = 0; i < count; ++i) {
-      for (int k = 0; k < 3; ++k) {
+                              std::size_t count, Bytes* __restrict frame) {
+    for (std::size_t i = 0; i < count; ++i) {
+      for (std::size_t k = 0; k < 3; ++k) {
         // In 16 bits, and divided by 255 exactly: true up to 65534.
         const auto sum =
             static_cast<std::uint16_t>(weightedSum(weight[i], ground[3 * i + k], frame[3 * i + k]));
@@ -122,8 +122,8 @@ struct MixColour {
 
 struct MixGray {
   FRAMEQUILT_ROUTINE void run(const Bytes* __restrict ground, const Bytes* __restrict weight,
-                              int count, Bytes* __restrict frame) {
-    for (int i = 0; i < count; ++i) {
+                              std::size_t count, Bytes* __restrict frame) {
+    for (std::size_t i = 0; i < count; ++i) {
       const auto sum = static_cast<std::uint16_t>(weightedSum(weight[i], ground[i], frame[i]));
       frame[i] = static_cast<Bytes>(sum >> 8U);
     }
@@ -136,7 +136,7 @@ class BlockMixer {
   void prepare(int cols) {
     cols_ = cols;
     tiles_ = (chamfer::stepsOf(cols) + kLanes - 1) / kLanes;
-    stride_ = static_cast<std::size_t>(cols) + 4 * kLanes;
+    stride_ = static_cast<std::size_t>(cols) + std::size_t{4} * kLanes;
     slanted_.resize(static_cast<std::size_t>(tiles_) * kLanes * kLanes);
     straight_.resize(stride_ * kLanes);
   }
@@ -151,6 +151,7 @@ class BlockMixer {
   void weighNothing() { std::fill(straight_.begin(), straight_.end(), Bytes{0}); }
 
   void mix(const Feathering& job, int block) const {
+    const auto cols = static_cast<std::size_t>(job.cols);
     const std::size_t bytes = planeSize(1, job.cols, job.channels);
     const int first = block * kLanes;
     const int end = std::min(job.rows, first + kLanes);
@@ -160,9 +161,9 @@ class BlockMixer {
       const Bytes* const weights =
           straight_.data() + static_cast<std::size_t>(r - first) * stride_ + kBefore;
       if (job.channels == 3) {
-        Leveled<MixColour>::call(ground, weights, job.cols, frame);
+        Leveled<MixColour>::call(ground, weights, cols, frame);
       } else {
-        Leveled<MixGray>::call(ground, weights, job.cols, frame);
+        Leveled<MixGray>::call(ground, weights, cols, frame);
       }
       std::memcpy(ground, frame, bytes);
       if (job.copy != nullptr) {

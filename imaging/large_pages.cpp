@@ -16,11 +16,10 @@ void adviseLargePages(void* memory, std::size_t bytes) noexcept {
   constexpr std::size_t kLargePage = std::size_t{2} << 20U;
   if (bytes < 2 * kLargePage) return;
   const auto page = static_cast<std::uintptr_t>(sysconf(_SC_PAGESIZE));
-  const auto address = reinterpret_cast<std::uintptr_t>(memory);
-  const std::uintptr_t start = (address + page - 1) / page * page;
-  const std::uintptr_t end = (address + bytes) / page * page;
+  const std::size_t before = (page - reinterpret_cast<std::uintptr_t>(memory) % page) % page;
+  const std::size_t whole = (bytes - before) / page * page;
   // A system that does not take the advice works all the same.
-  (void)madvise(reinterpret_cast<void*>(start), end - start, MADV_HUGEPAGE);
+  (void)madvise(static_cast<unsigned char*>(memory) + before, whole, MADV_HUGEPAGE);
 }
 
 #else

@@ -85,9 +85,9 @@ void sampleByShift(const unsigned char* src, int rows, int cols, int scale, int 
 }
 
 struct EverySecond {
-  FRAMEQUILT_ROUTINE void run(const unsigned char* __restrict from, int count,
+  FRAMEQUILT_ROUTINE void run(const unsigned char* __restrict from, std::size_t count,
                               unsigned char* __restrict to) {
-    for (int i = 0; i < count; ++i) to[i] = from[2 * i];
+    for (std::size_t i = 0; i < count; ++i) to[i] = from[2 * i];
   }
 };
 
@@ -97,14 +97,16 @@ bool halve(const unsigned char* src, int rows, int cols, unsigned char* dst, Bou
   const int outRows = rows / 2;
   const int outCols = cols / 2;
   if (outRows < 1 || outCols < 1) return true;
-  const std::size_t from = planeSize(2 * (outRows - 1), cols) + planeSize(1, 2 * outCols - 1);
+  const std::size_t from = planeSize(2 * (std::int64_t{outRows} - 1), cols) +
+                           planeSize(1, 2 * std::int64_t{outCols} - 1);
   const std::size_t to = planeSize(outRows, outCols);
   if (static_cast<std::int64_t>(from) > bounds.srcPixels ||
       static_cast<std::int64_t>(to) > bounds.dstBytes || !disjoint(src, from, dst, to)) {
     return false;
   }
   for (int i = 0; i < outRows; ++i) {
-    Leveled<EverySecond>::call(src + rowStart(2 * i, cols), outCols, dst + rowStart(i, outCols));
+    Leveled<EverySecond>::call(src + rowStart(2 * i, cols), static_cast<std::size_t>(outCols),
+                               dst + rowStart(i, outCols));
   }
   return true;
 }
