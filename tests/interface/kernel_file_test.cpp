@@ -43,7 +43,8 @@ TEST_F(KernelFile, IsTheInstalledOneBeforeThatOfABuildTree) {
   EXPECT_EQ(kernelFileFor(library_), "");
   const std::string inBuild = made(built());
   EXPECT_EQ(kernelFileFor(library_), inBuild);
-  EXPECT_EQ(kernelFileFor(library_), made(installed()));
+  const std::string inPlace = made(installed());
+  EXPECT_EQ(kernelFileFor(library_), inPlace);
 }
 
 TEST_F(KernelFile, IsFoundAsAnAbsolutePath) {
