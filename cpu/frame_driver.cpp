@@ -152,18 +152,16 @@ void blend(unsigned char* dest) {
                               flagsCpu.position, theSorImageInfoCpu, mosaicImgCpu, theSorImageTemp);
 }
 
-/// Blends a frame that qualified; where it cannot, the next frame is matched against the reference
-/// of this call again. \return Whether it was blended.
-bool blendOrKeepReference(unsigned char* dest) {
+/// Blends a frame that qualified, if it can.
+bool blendWhereItCan(unsigned char* dest) {
   const framequilt::Shift shift = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol);
-  if (framequilt::canBlend(shift, flagsCpu.matchNum, ImageOverlap_minCpu, ImageOverlap_maxCpu) &&
-      canHoldFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
-    blend(dest);
-    framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
-    return true;
+  if (!framequilt::canBlend(shift, flagsCpu.matchNum, ImageOverlap_minCpu, ImageOverlap_maxCpu) ||
+      !canHoldFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
+    return false;
   }
-  std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
-  return false;
+  blend(dest);
+  framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
+  return true;
 }
 
 /// A run is open and its frames have a size that its buffers were made for.
@@ -183,13 +181,18 @@ class LentReference {
     if (lent_) framequilt::exchange(theSorImageTemp, theSorImageScale);
   }
   ~LentReference() {
-    if (!lent_) return;
-    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(theSorImageInfoCpu.channels));
+    if (lent_) restore();
   }
   LentReference(const LentReference&) = delete;
   LentReference& operator=(const LentReference&) = delete;
 
   unsigned char* image() const { return lent_ ? theSorImageScale : theSorImageTemp; }
+
+  /// The next frame is matched against the reference of this call again.
+  void restore() {
+    lent_ = false;
+    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
+  }
 
   /// The next reference is in its place.
   void forget() { lent_ = false; }
@@ -215,7 +218,13 @@ int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameInd
     estimated = stitchingImageOffsetCpu(first, dest, frameIndex, frameScale, motorDx, motorDy,
                                         false, theSorImageInfoCpu, thedestImageInfoCpu,
                                         outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
-    if (estimated && flagsCpu.stitch_flags == 1 && blendOrKeepReference(dest)) reference.forget();
+    if (estimated && flagsCpu.stitch_flags == 1) {
+      if (blendWhereItCan(dest)) {
+        reference.forget();
+      } else {
+        reference.restore();
+      }
+    }
   }
 
   outMosaic = mosaicImgCpu;

@@ -36,7 +36,6 @@ void releaseRun() {
   std::vector<SPoint>().swap(HarrissCornerSPointOneArray);
   std::vector<SPoint>().swap(HarrissCornerSPointTwoArray);
   mosaicImgCpu.release();
-  framequilt::keepDropped(false);
 }
 
 void deriveSizes(int rows, int cols, int cornerBudget) {
@@ -94,6 +93,7 @@ bool uninitJointCpu() {
   framequilt::report(laneTwo().join() ? "pthread_join match_pid success"
                                       : "pthread_join match_pid failed");
   releaseRun();
+  framequilt::keepDropped(false);
   return true;
 }
 

@@ -98,14 +98,6 @@ struct Shift<16> {
   }
 };
 
-/// What a lane's step along an axis costs: nothing leads to rows that are not updated.
-void axisCosts(int firstRow, int fixedRow, float (&costs)[kLanes]) {
-  for (int k = 0; k < kLanes; ++k) costs[k] = firstRow + k == fixedRow ? kNoWay : kAxisStep;
-}
-void diagonalCosts(int firstRow, int fixedRow, float (&costs)[kLanes]) {
-  for (int k = 0; k < kLanes; ++k) costs[k] = firstRow + k == fixedRow ? kNoWay : kDiagonalStep;
-}
-
 /// The first and last column are not updated: of a step that touches them, or lies beyond them,
 /// only the lanes in between.
 template <int Bytes>
@@ -123,15 +115,74 @@ struct Inner {
 
 /// Content bits to distances before any spreading.
 template <int Bytes>
-struct Content {
+class Content {
   using F = Front<Bytes>;
-  FRAMEQUILT_ROUTINE void expand(std::uint16_t bits, const F& bitOfLane, F& to) {
+
+ public:
+  [[gnu::always_inline]] inline Content() {
+    for (int p = 0; p < F::kParts; ++p) {
+      for (int k = 0; k < F::kWidth; ++k) bitOfLane_.part[p][k] = 1 << (p * F::kWidth + k);
+    }
+  }
+
+  [[gnu::always_inline]] inline void expand(std::uint16_t bits, F& to) const {
     const typename F::Ints farthest = (typename F::Ints)(typename F::Floats{} + kFarthest);
     const typename F::Ints all = typename F::Ints{} + static_cast<int>(bits);
     for (int p = 0; p < F::kParts; ++p) {
-      to.part[p] = ((all & bitOfLane.part[p]) != 0) & farthest;
+      to.part[p] = ((all & bitOfLane_.part[p]) != 0) & farthest;
     }
   }
+
+ private:
+  F bitOfLane_ = {};
+};
+
+/// The front on its way over a block, whichever way it goes.
+template <int Bytes>
+class Wave {
+  using F = Front<Bytes>;
+
+ public:
+  /// `fixedRow` of the image is not updated: nothing leads to it.
+  [[gnu::always_inline]] inline Wave(const Block& block, int fixedRow) : cols_(block.cols) {
+    float axis[kLanes];
+    float diagonal[kLanes];
+    for (int k = 0; k < kLanes; ++k) {
+      const bool fixed = block.firstRow + k == fixedRow;
+      axis[k] = fixed ? kNoWay : kAxisStep;
+      diagonal[k] = fixed ? kNoWay : kDiagonalStep;
+    }
+    F::load(axis, axis_);
+    F::load(diagonal, diagonal_);
+    F::fill(kNoWay, state);
+    F::fill(kNoWay, beside_);
+  }
+
+  /// From the values `here` before step t, and the state of the step before shifted by a lane:
+  /// what lies beside the lanes on the other axis.
+  [[gnu::always_inline]] inline void advance(int t, const F& here, const F& shifted,
+                                             bool touchesSides) {
+    F straight = {}, slanted = {}, next = {};
+    F::smaller(state, shifted, straight);
+    F::add(straight, axis_, straight);
+    F::add(beside_, diagonal_, slanted);
+    F::smaller(here, slanted, next);
+    F::smaller(straight, next, next);
+    if (touchesSides) {
+      F inner = {};
+      Inner<Bytes>::lanes(t, cols_, inner);
+      F::choose(inner, next, here, next);
+    }
+    beside_ = shifted;
+    state = next;
+  }
+
+  F state = {};  ///< The lanes after the last step.
+
+ private:
+  int cols_;
+  F axis_ = {}, diagonal_ = {};
+  F beside_ = {};  // What lay beside them at the last step, diagonal to them now.
 };
 
 template <int Bytes>
@@ -139,38 +190,17 @@ struct SpreadDown {
   using F = Front<Bytes>;
 
   FRAMEQUILT_ROUTINE void run(const Block& block, const std::uint16_t* content) {
-    float costs[kLanes];
-    F axis = {}, diagonal = {}, bitOfLane = {};
-    axisCosts(block.firstRow, 0, costs);
-    F::load(costs, axis);
-    diagonalCosts(block.firstRow, 0, costs);
-    F::load(costs, diagonal);
-    for (int p = 0; p < F::kParts; ++p) {
-      for (int k = 0; k < F::kWidth; ++k) bitOfLane.part[p][k] = 1 << (p * F::kWidth + k);
-    }
+    const Content<Bytes> contents;
+    Wave<Bytes> wave(block, 0);
+    const auto step = [&](int t, float edge, bool touchesSides) __attribute__((always_inline)) {
+      F here = {}, up = {};
+      contents.expand(content[t], here);
+      Shift<Bytes>::up(wave.state, edge, up);
+      wave.advance(t, here, up, touchesSides);
+      F::store(wave.state, block.map + static_cast<std::size_t>(t) * kLanes);
+    };
     const int cols = block.cols;
     const int steps = stepsOf(cols);
-    F state = {}, above = {};  // Of the step before: the lanes, and what lay above them.
-    F::fill(kNoWay, state);
-    F::fill(kNoWay, above);
-    const auto step = [&](int t, float edge, bool touchesSides) __attribute__((always_inline)) {
-      F here = {}, up = {}, straight = {}, slanted = {}, next = {};
-      Content<Bytes>::expand(content[t], bitOfLane, here);
-      Shift<Bytes>::up(state, edge, up);
-      F::smaller(state, up, straight);
-      F::add(straight, axis, straight);
-      F::add(above, diagonal, slanted);
-      F::smaller(here, slanted, next);
-      F::smaller(straight, next, next);
-      if (touchesSides) {
-        F inner = {};
-        Inner<Bytes>::lanes(t, cols, inner);
-        F::choose(inner, next, here, next);
-      }
-      above = up;
-      state = next;
-      F::store(state, block.map + static_cast<std::size_t>(t) * kLanes);
-    };
     const Edge edge = block.edge;
     const auto edgeAt = [&](int t) __attribute__((always_inline)) {
       return t < cols ? edge.first[t * edge.stride] : kNoWay;
@@ -188,14 +218,11 @@ struct Fill {
   using F = Front<Bytes>;
 
   FRAMEQUILT_ROUTINE void run(const Block& block, const std::uint16_t* content) {
-    F bitOfLane = {};
-    for (int p = 0; p < F::kParts; ++p) {
-      for (int k = 0; k < F::kWidth; ++k) bitOfLane.part[p][k] = 1 << (p * F::kWidth + k);
-    }
+    const Content<Bytes> contents;
     const int steps = stepsOf(block.cols);
     for (int t = 0; t < steps; ++t) {
       F here = {};
-      Content<Bytes>::expand(content[t], bitOfLane, here);
+      contents.expand(content[t], here);
       F::store(here, block.map + static_cast<std::size_t>(t) * kLanes);
     }
   }
@@ -206,43 +233,23 @@ struct SpreadUp {
   using F = Front<Bytes>;
 
   FRAMEQUILT_ROUTINE void run(const Block& block) {
-    float costs[kLanes];
-    F axis = {}, diagonal = {};
-    axisCosts(block.firstRow, block.rows - 1, costs);
-    F::load(costs, axis);
-    diagonalCosts(block.firstRow, block.rows - 1, costs);
-    F::load(costs, diagonal);
-    const int cols = block.cols;
-    const int steps = stepsOf(cols);
-    F state = {}, below = {};
-    F::fill(kNoWay, state);
-    F::fill(kNoWay, below);
+    Wave<Bytes> wave(block, block.rows - 1);
     const auto step = [&](int t, float edge, bool touchesSides) __attribute__((always_inline)) {
       float* const place = block.map + static_cast<std::size_t>(t) * kLanes;
-      F here = {}, down = {}, straight = {}, slanted = {}, next = {};
+      F here = {}, down = {};
       F::load(place, here);
-      Shift<Bytes>::down(state, edge, down);
-      F::smaller(state, down, straight);
-      F::add(straight, axis, straight);
-      F::add(below, diagonal, slanted);
-      F::smaller(here, slanted, next);
-      F::smaller(straight, next, next);
-      if (touchesSides) {
-        F inner = {};
-        Inner<Bytes>::lanes(t, cols, inner);
-        F::choose(inner, next, here, next);
-      }
-      below = down;
-      state = next;
-      F::store(state, place);
+      Shift<Bytes>::down(wave.state, edge, down);
+      wave.advance(t, here, down, touchesSides);
+      F::store(wave.state, place);
     };
     // The column of the last lane.
+    const int cols = block.cols;
     const Edge edge = block.edge;
     const auto edgeAt = [&](int t) __attribute__((always_inline)) {
       const int column = t - (kLanes - 1);
       return column >= 0 ? edge.first[column * edge.stride] : kNoWay;
     };
-    int t = steps - 1;
+    int t = stepsOf(cols) - 1;
     for (; t > cols - 2 || (t >= 0 && t < kLanes); --t) step(t, edgeAt(t), true);
     for (; t >= kLanes; --t) step(t, edgeAt(t), false);
     for (; t >= 0; --t) step(t, edgeAt(t), true);

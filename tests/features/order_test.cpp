@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <limits>
-#include <numeric>
 #include <stdexcept>
 #include <vector>
 
@@ -12,6 +11,7 @@
 #include "features/plain.h"
 #include "features/quicksort.h"
 #include "features/selection.h"
+#include "tests/features/counted.h"
 #include "tests/support/each_level.h"
 #include "tests/support/points.h"
 #include "tests/support/random_images.h"
@@ -20,12 +20,6 @@ namespace {
 
 using Values = std::vector<float>;
 using Indices = std::vector<int>;
-
-Indices counted(std::size_t count) {
-  Indices index(count);
-  std::iota(index.begin(), index.end(), 0);
-  return index;
-}
 
 Values randomValues(Random& random, int count, int lowest, int highest) {
   Values values;

@@ -11,18 +11,13 @@
 #include <vector>
 
 #include "features/selection.h"
+#include "tests/features/counted.h"
 #include "tests/support/random_images.h"
 
 namespace {
 
 using Keys = std::vector<float>;
 using Indices = std::vector<int>;
-
-Indices counted(std::size_t count) {
-  Indices index(count);
-  std::iota(index.begin(), index.end(), 0);
-  return index;
-}
 
 /// The sort as it is defined: a hole that moves, the first element as pivot, no shortcuts.
 void plainSort(Keys& keys, Indices& index, int low, int high) {
