@@ -9,13 +9,13 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
-#include <exception>
 #include <filesystem>
 #include <iostream>
 #include <opencv2/imgcodecs.hpp>
 #include <string>
 #include <vector>
 
+#include "bench/guarded_main.h"
 #include "tools/framequilt/engine_lines.h"
 #include "tools/framequilt/evaluation.h"
 #include "tools/framequilt/simulation.h"
@@ -189,11 +189,4 @@ int runProgram(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  try {
-    return runProgram(argc, argv);
-  } catch (const std::exception& failure) {
-    std::fprintf(stderr, "accuracy_table: %s\n", failure.what());
-    return 2;
-  }
-}
+int main(int argc, char** argv) { return guardedMain("accuracy_table", &runProgram, argc, argv); }

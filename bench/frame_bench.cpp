@@ -9,7 +9,6 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <cstdlib>
-#include <exception>
 #include <fstream>
 #include <opencv2/core.hpp>
 #include <opencv2/core/ocl.hpp>
@@ -20,6 +19,7 @@
 #include "bench/captures.h"
 #include "bench/frame_report.h"
 #include "bench/frame_runs.h"
+#include "bench/guarded_main.h"
 #include "bench/our_contenders.h"
 #include "bench/peers/orb_peer.h"
 #include "bench/peers/phase_peer.h"
@@ -132,11 +132,4 @@ int runProgram(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  try {
-    return runProgram(argc, argv);
-  } catch (const std::exception& failure) {
-    std::fprintf(stderr, "frame_bench: %s\n", failure.what());
-    return 2;
-  }
-}
+int main(int argc, char** argv) { return guardedMain("frame_bench", &runProgram, argc, argv); }

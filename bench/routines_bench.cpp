@@ -12,7 +12,6 @@
 #include <cstddef>
 #include <cstdint>
 #include <cstdio>
-#include <exception>
 #include <functional>
 #include <map>
 #include <memory>
@@ -21,6 +20,7 @@
 #include <utility>
 #include <vector>
 
+#include "bench/guarded_main.h"
 #include "bench/routine_pictures.h"
 #include "cpu/mosaic_growth.h"
 #include "cpu/working_buffers.h"
@@ -535,11 +535,4 @@ int runProgram(int argc, char** argv) {
 
 }  // namespace
 
-int main(int argc, char** argv) {
-  try {
-    return runProgram(argc, argv);
-  } catch (const std::exception& failure) {
-    std::fprintf(stderr, "routines_bench: %s\n", failure.what());
-    return 2;
-  }
-}
+int main(int argc, char** argv) { return guardedMain("routines_bench", &runProgram, argc, argv); }
