@@ -7,6 +7,7 @@
 
 #include "imaging/chamfer.h"
 #include "imaging/cpu_level.h"
+#include "imaging/front.h"
 #include "imaging/pixel_math.h"
 
 namespace framequilt {
@@ -15,44 +16,59 @@ namespace {
 using Bytes = unsigned char;
 using chamfer::kLanes;
 
-/// Bytes before a row of weights.
-constexpr std::size_t kBefore = kLanes;
+/// Room before a row of weights.
+constexpr int kColumnsBefore = kLanes;
 
 // --- Weights ---
 
 /// A byte for each lane of each step.
+template <int Width>
 struct WeighSlanted {
-  template <bool kGroundIsFull, bool kFrameIsFull>
-  FRAMEQUILT_ROUTINE void loop(const BlockDistances& from, int steps, Bytes* __restrict weights) {
-    const float* __restrict ground = from.ground;
-    const float* __restrict frame = from.frame;
-    const float* __restrict rows = from.frameRows;
-    const float* __restrict columns = from.frameColumns;
+  using Front = chamfer::Front<Width>;
+  /// Steps that are weighed together, in arrays that stay in the cache next to the processor.
+  static constexpr int kSteps = 16;
+  static constexpr int kChunk = kSteps * kLanes;
+
+  FRAMEQUILT_ROUTINE void nearest(const float* rows, const float* columns, int steps, float* out) {
+    Front row = {};
+    Front::load(rows, row);
     for (int t = 0; t < steps; ++t) {
-      for (int k = 0; k < kLanes; ++k) {
-        const int i = t * kLanes + k;
-        const float a = kGroundIsFull ? chamfer::kFarthest : ground[i];
-        const float b = kFrameIsFull ? std::min(rows[k], columns[k - t]) : frame[i];
-        const float sum = a + b;
-        const float share = a * 255.0F / (sum == 0.0F ? 1.0F : sum);
-        weights[i] = static_cast<Bytes>(static_cast<int>(share));
-      }
+      Front column = {};
+      Front::load(columns - t, column);
+      Front::smaller(row, column, column);
+      Front::store(column, out + t * kLanes);
+    }
+  }
+
+  FRAMEQUILT_ROUTINE void weigh(const float* __restrict ground, const float* __restrict frame,
+                                int count, Bytes* __restrict weights) {
+    // Below the smallest sum that is not 0; then the dividend is 0, too.
+    constexpr float kLeast = 0.1F;
+    for (int i = 0; i < count; ++i) {
+      const float sum = ground[i] + frame[i];
+      const float share = ground[i] * 255.0F / (sum < kLeast ? kLeast : sum);
+      weights[i] = static_cast<Bytes>(static_cast<int>(share));
     }
   }
 
   FRAMEQUILT_ROUTINE void run(const BlockDistances& from, int steps, Bytes* weights) {
-    if (from.ground == nullptr) {
-      from.frame == nullptr ? loop<true, true>(from, steps, weights)
-                            : loop<true, false>(from, steps, weights);
-    } else {
-      from.frame == nullptr ? loop<false, true>(from, steps, weights)
-                            : loop<false, false>(from, steps, weights);
+    float farthest[kChunk];
+    float byPlace[kChunk];
+    for (float& distance : farthest) distance = chamfer::kFarthest;
+    for (int t = 0; t < steps; t += kSteps) {
+      const int count = steps - t < kSteps ? steps - t : kSteps;
+      const std::ptrdiff_t i = std::ptrdiff_t{t} * kLanes;
+      if (from.frame == nullptr) nearest(from.frameRows, from.frameColumns - t, count, byPlace);
+      weigh(from.ground != nullptr ? from.ground + i : farthest,
+            from.frame != nullptr ? from.frame + i : byPlace, count * kLanes, weights + i);
     }
   }
 };
 
-/// Slanted bytes to rows. `rows + k * stride` is where column 0 of the block's row k goes; up to 15
-/// bytes before a row and 30 behind it are written, too.
+/// Slanted bytes to rows. `rows + k * stride` is where column 0 of the block's row k goes, each
+/// weight `Repeats` times, once for each channel; the weights of up to 15 columns before a row and
+/// 30 behind it are written, too.
+template <int Repeats>
 struct Straighten {
   typedef Bytes Lane __attribute__((vector_size(16)));
 
@@ -68,6 +84,22 @@ struct Straighten {
     }
   }
 
+  FRAMEQUILT_ROUTINE void write(const Lane& row, Bytes* to) {
+    if (Repeats == 1) {
+      std::memcpy(to, &row, sizeof(row));
+      return;
+    }
+    const Lane first =
+        __builtin_shufflevector(row, row, 0, 0, 0, 1, 1, 1, 2, 2, 2, 3, 3, 3, 4, 4, 4, 5);
+    const Lane second =
+        __builtin_shufflevector(row, row, 5, 5, 6, 6, 6, 7, 7, 7, 8, 8, 8, 9, 9, 9, 10, 10);
+    const Lane third = __builtin_shufflevector(row, row, 10, 11, 11, 11, 12, 12, 12, 13, 13, 13, 14,
+                                               14, 14, 15, 15, 15);
+    std::memcpy(to, &first, sizeof(first));
+    std::memcpy(to + sizeof(first), &second, sizeof(second));
+    std::memcpy(to + 2 * sizeof(first), &third, sizeof(third));
+  }
+
   FRAMEQUILT_ROUTINE void run(const Bytes* slanted, int tiles, Bytes* rows, std::ptrdiff_t stride) {
     for (int tile = 0; tile < tiles; ++tile) {
       // Interleaving the halves four times transposes a square of 16 x 16.
@@ -79,7 +111,7 @@ struct Straighten {
       halves(a, b);
       halves(b, a);
       for (int k = 0; k < kLanes; ++k) {
-        std::memcpy(rows + k * stride + std::ptrdiff_t{tile} * kLanes - k, &a[k], sizeof(Lane));
+        write(a[k], rows + k * stride + Repeats * (std::ptrdiff_t{tile} * kLanes - k));
       }
     }
   }
@@ -87,70 +119,94 @@ struct Straighten {
 
 // --- Mixing ---
 
-inline unsigned weightedSum(unsigned weight, Bytes ground, Bytes frame) {
-  return (255U - weight) * frame + weight * ground;
+/// A row: the same bytes go to the ground, the frame and the copy of it.
+struct Row {
+  Bytes* ground;
+  Bytes* frame;
+  Bytes* copy;  ///< Null: there is none.
+  const Bytes* weights;
+  std::size_t bytes;
+};
+
+inline std::uint16_t weightedSum(unsigned weight, Bytes ground, Bytes frame) {
+  return static_cast<std::uint16_t>((255U - weight) * frame + weight * ground);
 }
 
-struct MixColour {
-  FRAMEQUILT_ROUTINE void run(const Bytes* __restrict ground, const Bytes* __restrict weight,
-                              std::size_t count, Bytes* __restrict frame) {
-    for (std::size_t i = 0; i < count; ++i) {
-      for (std::size_t k = 0; k < 3; ++k) {
-        // In 16 bits, and divided by 255 exactly: true up to 65534.
-        const auto sum =
-            static_cast<std::uint16_t>(weightedSum(weight[i], ground[3 * i + k], frame[3 * i + k]));
-        frame[3 * i + k] = static_cast<Bytes>((sum + 1U + (sum >> 8U)) >> 8U);
-      }
-    }
+struct DivideBy255 {
+  /// In 16 bits, and exactly: true up to 65534.
+  FRAMEQUILT_ROUTINE Bytes of(std::uint16_t sum) {
+    return static_cast<Bytes>(static_cast<std::uint16_t>(sum + 1U + (sum >> 8U)) >> 8U);
   }
 };
 
-struct MixGray {
-  FRAMEQUILT_ROUTINE void run(const Bytes* __restrict ground, const Bytes* __restrict weight,
-                              std::size_t count, Bytes* __restrict frame) {
-    for (std::size_t i = 0; i < count; ++i) {
-      const auto sum = static_cast<std::uint16_t>(weightedSum(weight[i], ground[i], frame[i]));
-      frame[i] = static_cast<Bytes>(sum >> 8U);
+struct DivideBy256 {
+  FRAMEQUILT_ROUTINE Bytes of(std::uint16_t sum) { return static_cast<Bytes>(sum >> 8U); }
+};
+
+template <class Divide>
+struct Mix {
+  FRAMEQUILT_ROUTINE void run(const Row& row) {
+    Bytes* __restrict ground = row.ground;
+    Bytes* __restrict frame = row.frame;
+    Bytes* __restrict copy = row.copy;
+    const Bytes* __restrict weights = row.weights;
+    const std::size_t bytes = row.bytes;
+    if (copy == nullptr) {
+      for (std::size_t i = 0; i < bytes; ++i) {
+        ground[i] = frame[i] = Divide::of(weightedSum(weights[i], ground[i], frame[i]));
+      }
+    } else {
+      for (std::size_t i = 0; i < bytes; ++i) {
+        const Bytes mixed = Divide::of(weightedSum(weights[i], ground[i], frame[i]));
+        ground[i] = mixed;
+        frame[i] = mixed;
+        copy[i] = mixed;
+      }
     }
   }
 };
 
 }  // namespace
 
-void BlockMixer::prepare(int cols) {
+void BlockMixer::prepare(int cols, int channels) {
   cols_ = cols;
+  channels_ = channels;
   tiles_ = (chamfer::stepsOf(cols) + kLanes - 1) / kLanes;
-  stride_ = static_cast<std::size_t>(cols) + std::size_t{4} * kLanes;
+  stride_ = planeSize(1, cols + 4 * kLanes, channels);
   slanted_.resize(static_cast<std::size_t>(tiles_) * kLanes * kLanes);
   straight_.resize(stride_ * kLanes);
 }
 
+unsigned char* BlockMixer::rowOfWeights(int row) {
+  return straight_.data() + static_cast<std::size_t>(row) * stride_ +
+         planeSize(1, kColumnsBefore, channels_);
+}
+
 void BlockMixer::weigh(const BlockDistances& distances) {
-  Leveled<WeighSlanted>::call(distances, chamfer::stepsOf(cols_), slanted_.data());
-  Leveled<Straighten>::call(slanted_.data(), tiles_, straight_.data() + kBefore,
-                            static_cast<std::ptrdiff_t>(stride_));
+  LeveledByWidth<WeighSlanted>::call(distances, chamfer::stepsOf(cols_), slanted_.data());
+  const auto stride = static_cast<std::ptrdiff_t>(stride_);
+  if (channels_ == 3) {
+    Leveled<Straighten<3>>::call(slanted_.data(), tiles_, rowOfWeights(0), stride);
+  } else {
+    Leveled<Straighten<1>>::call(slanted_.data(), tiles_, rowOfWeights(0), stride);
+  }
 }
 
 void BlockMixer::weighNothing() { std::fill(straight_.begin(), straight_.end(), Bytes{0}); }
 
-void BlockMixer::mix(const Feathering& job, int block) const {
-  const auto cols = static_cast<std::size_t>(job.cols);
+void BlockMixer::mix(const Feathering& job, int block) {
   const std::size_t bytes = planeSize(1, job.cols, job.channels);
   const int first = block * kLanes;
   const int end = std::min(job.rows, first + kLanes);
   for (int r = first; r < end; ++r) {
-    Bytes* const ground = job.ground + r * job.stride;
-    Bytes* const frame = job.frame + rowStart(r, job.cols, job.channels);
-    const Bytes* const weights =
-        straight_.data() + static_cast<std::size_t>(r - first) * stride_ + kBefore;
+    const std::size_t start = rowStart(r, job.cols, job.channels);
+    const Row row = {job.ground + r * job.stride, job.frame + start,
+                     job.copy == nullptr ? nullptr : job.copy + start, rowOfWeights(r - first),
+                     bytes};
     if (job.channels == 3) {
-      Leveled<MixColour>::call(ground, weights, cols, frame);
+      Leveled<Mix<DivideBy255>>::call(row);
     } else {
-      Leveled<MixGray>::call(ground, weights, cols, frame);
-    }
-    std::memcpy(ground, frame, bytes);
-    if (job.copy != nullptr) {
-      std::memcpy(job.copy + rowStart(r, job.cols, job.channels), frame, bytes);
+      Leveled<Mix<DivideBy256>>::call(row);
     }
   }
 }

@@ -16,6 +16,15 @@ bool hasZero(const Bytes* bytes, std::size_t count) {
   return std::memchr(bytes, 0, count) != nullptr;
 }
 
+/// Whether all bits of the bytes are 0.
+struct AllZero {
+  FRAMEQUILT_ROUTINE bool run(const Bytes* bytes, std::size_t count) {
+    Bytes any = 0;
+    for (std::size_t i = 0; i < count; ++i) any |= bytes[i];
+    return any == 0;
+  }
+};
+
 struct ColourContent {
   FRAMEQUILT_ROUTINE void run(const Bytes* __restrict bgr, std::size_t count,
                               Bytes* __restrict content) {
@@ -44,7 +53,10 @@ Filling contentOfRow(const ImageView& image, int row, std::vector<unsigned char>
     const int count = std::min(kStretch, image.cols - begin);
     const Bytes* const pixels = image.row(row) + rowStart(1, begin, image.channels);
     Bytes* const to = content.data() + begin;
-    if (!hasZero(pixels, planeSize(1, count, image.channels))) {
+    const std::size_t bytes = planeSize(1, count, image.channels);
+    if (Leveled<AllZero>::call(pixels, bytes)) {
+      std::memset(to, 0, static_cast<std::size_t>(count));
+    } else if (!hasZero(pixels, bytes)) {
       std::memset(to, 1, static_cast<std::size_t>(count));
     } else if (image.channels == 3) {
       Leveled<ColourContent>::call(pixels, static_cast<std::size_t>(count), to);

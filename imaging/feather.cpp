@@ -63,7 +63,7 @@ class Featherer {
 
  private:
   void prepare(const Feathering& job) {
-    for (BlockMixer& mixer : mixers_) mixer.prepare(job.cols);
+    for (BlockMixer& mixer : mixers_) mixer.prepare(job.cols, job.channels);
     content_.resize(static_cast<std::size_t>(job.cols));
     const std::size_t floats = chamfer::blockFloats(job.cols);
     for (auto& map : groundMaps_) map.resize(floats);
