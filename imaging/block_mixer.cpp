@@ -199,7 +199,7 @@ void BlockMixer::mix(const Feathering& job, int block) {
   const int first = block * kLanes;
   const int end = std::min(job.rows, first + kLanes);
   for (int r = first; r < end; ++r) {
-    const std::size_t start = rowStart(r, job.cols, job.channels);
+    const std::ptrdiff_t start = rowStart(r, job.cols, job.channels);
     const Row row = {job.ground + r * job.stride, job.frame + start,
                      job.copy == nullptr ? nullptr : job.copy + start, rowOfWeights(r - first),
                      bytes};
