@@ -61,7 +61,7 @@ int measureMotion(imgInfo info) {
 }
 
 /// Has the view moved little enough?
-void judgeByMotion(imgInfo destInfo, int referenceChannels, stitchflags& flags) {
+void judgeByMotion(imgInfo destInfo, stitchflags& flags) {
   motionValueThCpu = GstaticDynamicFlag != 0 ? motionValueThCpu0 : framequilt::kStaticMotionLimit;
   // A static scene refuses the largest difference alone, which one pixel shows not to be there.
   const bool staysBelow =
@@ -69,7 +69,11 @@ void judgeByMotion(imgInfo destInfo, int referenceChannels, stitchflags& flags) 
       framequilt::movesLessThanLargest(thedestImage_pre, thedestImageScale, destInfo.rows,
                                        destInfo.cols, destInfo.channels);
   flags.stitch_flags = staysBelow || measureMotion(destInfo) < motionValueThCpu ? 1 : 0;
-  std::memcpy(thedestImage_pre, thedestImageScale, workingBytes(referenceChannels));
+}
+
+/// The next frame's motion is measured against this one.
+void rememberFrame(int channels) {
+  std::memcpy(thedestImage_pre, thedestImageScale, workingBytes(channels));
 }
 
 /// The parts of the overlap that the measures read; the caller's own frames, unless the measures
@@ -145,23 +149,43 @@ void judgeByOverlap(unsigned char* src, unsigned char* dest, int channels, const
   }
 }
 
-void blend(unsigned char* dest) {
+void blendFrom(const unsigned char* frame) {
   const std::lock_guard lock(framequilt::mosaicMutex());
-  stitchingImageImageblendCpu(mosaicImgCpu, dest, thedestImageInfoCpu, flagsCpu, outbordLeftCpu,
-                              outbordRightCpu, {}, outbordLeftCpu, outbordRightCpu,
-                              flagsCpu.position, theSorImageInfoCpu, mosaicImgCpu, theSorImageTemp);
+  framequilt::BlendResult result = {outbordLeftCpu,     outbordRightCpu, flagsCpu.position,
+                                    theSorImageInfoCpu, mosaicImgCpu,    theSorImageTemp};
+  framequilt::blendFrom(frame,
+                        {mosaicImgCpu, imgScaleRow, imgScaleCol, thedestImageInfoCpu, flagsCpu,
+                         outbordLeftCpu, outbordRightCpu},
+                        result);
 }
 
-/// Blends a frame that qualified, if it can.
-bool blendWhereItCan(unsigned char* dest) {
-  const framequilt::Shift shift = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol);
-  if (!framequilt::canBlend(shift, flagsCpu.matchNum, ImageOverlap_minCpu, ImageOverlap_maxCpu) ||
-      !canHoldFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels)) {
-    return false;
+/// Blends the frame, which lies in `thedestImageScale`, where it is wanted blended, and by motion is
+/// to be remembered as it is in `thedestImage_pre`. Buffers that change places spare a copy where
+/// they hold the same.
+void blendAndRemember() {
+  const imgInfo& info = thedestImageInfoCpu;
+  const bool changePlaces = GStitchMode != 0 && imgScaleRow == info.rows &&
+                            imgScaleCol == info.cols && theSorImageInfoCpu.channels == info.channels;
+  if (!changePlaces) {
+    if (GStitchMode != 0) rememberFrame(theSorImageInfoCpu.channels);
+    blendFrom(thedestImageScale);
+    return;
   }
-  blend(dest);
-  framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
-  return true;
+  framequilt::exchange(thedestImage_pre, thedestImageScale);
+  bool blended = false;
+  const AtScopeEnd putBack([&] {
+    if (!blended) {
+      std::memcpy(thedestImageScale, thedestImage_pre, workingBytes(info.channels));
+    }
+  });
+  blendFrom(thedestImage_pre);
+  blended = true;
+}
+
+bool canBlend() {
+  const framequilt::Shift shift = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol);
+  return framequilt::canBlend(shift, flagsCpu.matchNum, ImageOverlap_minCpu, ImageOverlap_maxCpu) &&
+         canHoldFrame(mosaicImgCpu, flagsCpu.position, thedestImageInfoCpu.channels);
 }
 
 /// A run is open and its frames have a size that its buffers were made for.
@@ -181,18 +205,15 @@ class LentReference {
     if (lent_) framequilt::exchange(theSorImageTemp, theSorImageScale);
   }
   ~LentReference() {
-    if (lent_) restore();
+    // The next frame is matched against the reference of this call again.
+    if (lent_) {
+      std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
+    }
   }
   LentReference(const LentReference&) = delete;
   LentReference& operator=(const LentReference&) = delete;
 
   unsigned char* image() const { return lent_ ? theSorImageScale : theSorImageTemp; }
-
-  /// The next frame is matched against the reference of this call again.
-  void restore() {
-    lent_ = false;
-    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
-  }
 
   /// The next reference is in its place.
   void forget() { lent_ = false; }
@@ -201,44 +222,10 @@ class LentReference {
   bool lent_;
 };
 
-}  // namespace
-
-int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
-                           int motorDx, int motorDy, bool motorFlag, SPoint& outLeft,
-                           SPoint& outRight, cv::Mat& outMosaic, stitchflags& outFlags) {
-  if (dest == nullptr) framequilt::report("thedestImage is NULL");
-  cpuMotordx = motorDx;
-  cpuMotordy = motorDy;
-  cpuMotorflage = motorFlag;
-
-  bool estimated = false;
-  {
-    LentReference reference(frameIndex != 0);
-    unsigned char* const first = frameIndex != 0 ? reference.image() : src;
-    estimated = stitchingImageOffsetCpu(first, dest, frameIndex, frameScale, motorDx, motorDy,
-                                        false, theSorImageInfoCpu, thedestImageInfoCpu,
-                                        outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
-    if (estimated && flagsCpu.stitch_flags == 1) {
-      if (blendWhereItCan(dest)) {
-        reference.forget();
-      } else {
-        reference.restore();
-      }
-    }
-  }
-
-  outMosaic = mosaicImgCpu;
-  outLeft = outbordLeftCpu;
-  outRight = outbordRightCpu;
-  outFlags = flagsCpu;
-  if (!estimated) return -1;
-  return framequilt::isFull(mosaicImgCpu, MAXROW, MAXCOL) ? 1 : 0;
-}
-
-bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameIndex,
-                             int frameScale, int /*motorDx*/, int /*motorDy*/, bool /*motorFlag*/,
-                             imgInfo srcInfo, imgInfo destInfo, SPoint& outLeft, SPoint& outRight,
-                             cv::Mat& mosaic, stitchflags& flags) {
+/// All but the blend of a frame that qualifies. By motion, the frame is still to be remembered.
+bool estimateOffset(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
+                    imgInfo srcInfo, imgInfo destInfo, SPoint& outLeft, SPoint& outRight,
+                    cv::Mat& mosaic, stitchflags& flags) {
   if (src == nullptr || dest == nullptr || !runIsOpen()) {
     framequilt::report("stitchingImageOffset ptr is null");
     return false;
@@ -266,10 +253,57 @@ bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameI
     return false;
   }
   if (GStitchMode != 0) {
-    judgeByMotion(destInfo, channels, flags);
+    judgeByMotion(destInfo, flags);
   } else {
     judgeByOverlap(src, dest, channels, mosaic, flags);
   }
   framequilt::releasePairPlanes();
+  return true;
+}
+
+}  // namespace
+
+int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameIndex, int frameScale,
+                           int motorDx, int motorDy, bool motorFlag, SPoint& outLeft,
+                           SPoint& outRight, cv::Mat& outMosaic, stitchflags& outFlags) {
+  if (dest == nullptr) framequilt::report("thedestImage is NULL");
+  cpuMotordx = motorDx;
+  cpuMotordy = motorDy;
+  cpuMotorflage = motorFlag;
+
+  bool estimated = false;
+  {
+    LentReference reference(frameIndex != 0);
+    unsigned char* const first = frameIndex != 0 ? reference.image() : src;
+    estimated =
+        estimateOffset(first, dest, frameIndex, frameScale, theSorImageInfoCpu, thedestImageInfoCpu,
+                       outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
+    if (estimated && flagsCpu.stitch_flags == 1 && canBlend()) {
+      const int distance = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol).distance;
+      blendAndRemember();
+      reference.forget();
+      framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(distance));
+    } else if (estimated && GStitchMode != 0) {
+      rememberFrame(theSorImageInfoCpu.channels);
+    }
+  }
+
+  outMosaic = mosaicImgCpu;
+  outLeft = outbordLeftCpu;
+  outRight = outbordRightCpu;
+  outFlags = flagsCpu;
+  if (!estimated) return -1;
+  return framequilt::isFull(mosaicImgCpu, MAXROW, MAXCOL) ? 1 : 0;
+}
+
+bool stitchingImageOffsetCpu(unsigned char* src, unsigned char* dest, int frameIndex,
+                             int frameScale, int /*motorDx*/, int /*motorDy*/, bool /*motorFlag*/,
+                             imgInfo srcInfo, imgInfo destInfo, SPoint& outLeft, SPoint& outRight,
+                             cv::Mat& mosaic, stitchflags& flags) {
+  if (!estimateOffset(src, dest, frameIndex, frameScale, srcInfo, destInfo, outLeft, outRight,
+                      mosaic, flags)) {
+    return false;
+  }
+  if (GStitchMode != 0) rememberFrame(srcInfo.channels);
   return true;
 }

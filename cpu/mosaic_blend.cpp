@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cpu/mosaic_blend.h"
 
+#include <cstring>
+
 #include "cpu/mosaic_growth.h"
 #include "cpu/placement_rules.h"
 #include "cpu/run_state.h"
 #include "framequilt/tuning.h"
 #include "imaging/feather.h"
 #include "imaging/fusion.h"
+#include "imaging/pixel_math.h"
 #include "imaging/region.h"
 #include "interface/report.h"
 
@@ -52,6 +55,28 @@ bool blendFrame(const BlendJob& job, const FuseInMosaic& fuseInMosaic, const Fus
   return true;
 }
 
+bool blendFrom(const unsigned char* original, const BlendJob& job, BlendResult& result) {
+  const bool inPlace = original == thedestImageScale;
+  const auto fuseInMosaic = [&](unsigned char* ground, std::ptrdiff_t stride, unsigned char* part,
+                                int channels) {
+    const Feathering feathering = {
+        ground,      stride,   thedestImageScale, part, imgScaleRow, imgScaleCol,
+        channels,    inPlace ? nullptr : original};
+    if (thedestImageScale == nullptr || !canFeather(feathering)) return false;
+    feather(feathering);
+    return true;
+  };
+  // Its result is not looked at: it fails for null images only.
+  const auto fuse = [&](unsigned char* part, int channels) {
+    if (!inPlace) {
+      std::memcpy(thedestImageScale, original, planeSize(imgScaleRow, imgScaleCol, channels));
+    }
+    twoImageFusion(part, thedestImageScale, channels, 0, imgScaleRow, imgScaleCol);
+    return true;
+  };
+  return blendFrame(job, fuseInMosaic, fuse, result);
+}
+
 }  // namespace framequilt
 
 bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo info,
@@ -63,22 +88,9 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
     framequilt::report("stitchingImageImageblend ptr is null");
     return false;
   }
-  const auto fuseInMosaic = [](unsigned char* ground, std::ptrdiff_t stride, unsigned char* part,
-                               int channels) {
-    const framequilt::Feathering job = {ground,      stride,      thedestImageScale, part,
-                                        imgScaleRow, imgScaleCol, channels};
-    if (thedestImageScale == nullptr || !framequilt::canFeather(job)) return false;
-    framequilt::feather(job);
-    return true;
-  };
-  // Its result is not looked at: it fails for null images only.
-  const auto fuse = [](unsigned char* part, int channels) {
-    twoImageFusion(part, thedestImageScale, channels, 0, imgScaleRow, imgScaleCol);
-    return true;
-  };
   framequilt::BlendResult result = {topLeftOut, bottomRightOut, positionOut,
                                     regionInfo, mosaicOut,      region};
-  return framequilt::blendFrame(
-      {mosaic, imgScaleRow, imgScaleCol, info, flags, topLeft, bottomRight}, fuseInMosaic, fuse,
+  return framequilt::blendFrom(
+      thedestImageScale, {mosaic, imgScaleRow, imgScaleCol, info, flags, topLeft, bottomRight},
       result);
 }

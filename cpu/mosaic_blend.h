@@ -51,6 +51,10 @@ struct BlendResult {
   unsigned char* region;
 };
 
+/// What `stitchingImageImageblendCpu` does, for a frame that lies in `original`: that keeps it, and
+/// `thedestImageScale` receives the result, whatever it held. They may be the same.
+bool blendFrom(const unsigned char* original, const BlendJob& job, BlendResult& result);
+
 /// Mixes the frame into the region that was cut out of the mosaic, in place. False when it cannot.
 using Fuse = std::function<bool(unsigned char* region, int channels)>;
 

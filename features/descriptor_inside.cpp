@@ -37,13 +37,14 @@ void describeInside(const GrayView& image, SPoint corner, int patch, unsigned sh
   const unsigned char* row =
       image.pixels + (std::ptrdiff_t{corner.y} - patch / 2) * cols + corner.x - patch / 2;
   for (std::ptrdiff_t r = 0; r < cells * kCellSide; ++r, row += cols) {
-    unsigned short* histogram = descriptor + r / kCellSide * kOrientationBins;
-    const unsigned char* pixel = row;
-    for (std::ptrdiff_t cell = 0; cell < cells; ++cell, histogram += columnOfCells) {
-      for (int c = 0; c < kCellSide; ++c, ++pixel) {
+    unsigned short* const histograms = descriptor + r / kCellSide * kOrientationBins;
+    // From cell to cell, so that a bin is not added to again before it has been stored.
+    for (std::ptrdiff_t c = 0; c < kCellSide; ++c) {
+      for (std::ptrdiff_t cell = 0; cell < cells; ++cell) {
+        const unsigned char* const pixel = row + cell * kCellSide + c;
         const GradientBin gradient =
             gradients(pixel[kReach] - pixel[-kReach], pixel[kReach * cols] - pixel[-kReach * cols]);
-        unsigned short& bin = histogram[gradient.bin];
+        unsigned short& bin = histograms[cell * columnOfCells + gradient.bin];
         bin = static_cast<unsigned short>(bin + gradient.magnitude);
       }
     }

@@ -122,6 +122,7 @@ struct Straighten {
 /// A row: the same bytes go to the ground, the frame and the copy of it.
 struct Row {
   Bytes* ground;
+  const Bytes* original;  ///< Null: the frame is mixed in place.
   Bytes* frame;
   Bytes* copy;  ///< Null: there is none.
   const Bytes* weights;
@@ -145,23 +146,28 @@ struct DivideBy256 {
 
 template <class Divide>
 struct Mix {
-  FRAMEQUILT_ROUTINE void run(const Row& row) {
+  template <bool kInPlace, bool kCopies>
+  FRAMEQUILT_ROUTINE void loop(const Row& row) {
     Bytes* __restrict ground = row.ground;
     Bytes* __restrict frame = row.frame;
     Bytes* __restrict copy = row.copy;
+    const Bytes* __restrict original = row.original;
     const Bytes* __restrict weights = row.weights;
     const std::size_t bytes = row.bytes;
-    if (copy == nullptr) {
-      for (std::size_t i = 0; i < bytes; ++i) {
-        ground[i] = frame[i] = Divide::of(weightedSum(weights[i], ground[i], frame[i]));
-      }
+    for (std::size_t i = 0; i < bytes; ++i) {
+      const Bytes mixed =
+          Divide::of(weightedSum(weights[i], ground[i], kInPlace ? frame[i] : original[i]));
+      ground[i] = mixed;
+      frame[i] = mixed;
+      if (kCopies) copy[i] = mixed;
+    }
+  }
+
+  FRAMEQUILT_ROUTINE void run(const Row& row) {
+    if (row.original == nullptr) {
+      row.copy == nullptr ? loop<true, false>(row) : loop<true, true>(row);
     } else {
-      for (std::size_t i = 0; i < bytes; ++i) {
-        const Bytes mixed = Divide::of(weightedSum(weights[i], ground[i], frame[i]));
-        ground[i] = mixed;
-        frame[i] = mixed;
-        copy[i] = mixed;
-      }
+      row.copy == nullptr ? loop<false, false>(row) : loop<false, true>(row);
     }
   }
 };
@@ -200,8 +206,11 @@ void BlockMixer::mix(const Feathering& job, int block) {
   const int end = std::min(job.rows, first + kLanes);
   for (int r = first; r < end; ++r) {
     const std::ptrdiff_t start = rowStart(r, job.cols, job.channels);
-    const Row row = {job.ground + r * job.stride, job.frame + start,
-                     job.copy == nullptr ? nullptr : job.copy + start, rowOfWeights(r - first),
+    const Row row = {job.ground + r * job.stride,
+                     job.original == nullptr ? nullptr : job.original + start,
+                     job.frame + start,
+                     job.copy == nullptr ? nullptr : job.copy + start,
+                     rowOfWeights(r - first),
                      bytes};
     if (job.channels == 3) {
       Leveled<Mix<DivideBy255>>::call(row);

@@ -180,31 +180,23 @@ struct SpreadDown {
   }
 };
 
-template <int Bytes>
-struct Fill {
-  using F = Front<Bytes>;
-
-  FRAMEQUILT_ROUTINE void run(const Block& block, const std::uint16_t* content) {
-    const Content<Bytes> contents;
-    const int steps = stepsOf(block.cols);
-    for (int t = 0; t < steps; ++t) {
-      F here = {};
-      contents.expand(content[t], here);
-      F::store(here, block.map + static_cast<std::size_t>(t) * kLanes);
-    }
-  }
-};
-
+/// From the map of the way down, or from `content` where that is given.
 template <int Bytes>
 struct SpreadUp {
   using F = Front<Bytes>;
 
-  FRAMEQUILT_ROUTINE void run(const Block& block) {
+  template <bool kFromContent>
+  FRAMEQUILT_ROUTINE void spread(const Block& block, const std::uint16_t* content) {
+    const Content<Bytes> contents;
     Wave<Bytes> wave(block, block.rows - 1);
     const auto step = [&](int t, float edge, bool touchesSides) __attribute__((always_inline)) {
       float* const place = block.map + static_cast<std::size_t>(t) * kLanes;
       F here = {}, down = {};
-      F::load(place, here);
+      if (kFromContent) {
+        contents.expand(content[t], here);
+      } else {
+        F::load(place, here);
+      }
       Shift<Bytes>::down(wave.state, edge, down);
       wave.advance(t, here, down, touchesSides);
       F::store(wave.state, place);
@@ -221,6 +213,10 @@ struct SpreadUp {
     for (; t >= kLanes; --t) step(t, edgeAt(t), false);
     for (; t >= 0; --t) step(t, edgeAt(t), true);
   }
+
+  FRAMEQUILT_ROUTINE void run(const Block& block, const std::uint16_t* content) {
+    content != nullptr ? spread<true>(block, content) : spread<false>(block, nullptr);
+  }
 };
 
 }  // namespace
@@ -231,10 +227,10 @@ void spreadDown(const Block& block, const std::uint16_t* content) {
   LeveledByWidth<SpreadDown>::call(block, content);
 }
 
-void fill(const Block& block, const std::uint16_t* content) {
-  LeveledByWidth<Fill>::call(block, content);
-}
+void spreadUp(const Block& block) { LeveledByWidth<SpreadUp>::call(block, nullptr); }
 
-void spreadUp(const Block& block) { LeveledByWidth<SpreadUp>::call(block); }
+void spreadUpSettled(const Block& block, const std::uint16_t* content) {
+  LeveledByWidth<SpreadUp>::call(block, content);
+}
 
 }  // namespace framequilt::chamfer

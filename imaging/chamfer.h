@@ -59,11 +59,11 @@ struct Block {
 /// may hold anything. Fills the map on the way down: left, upper and upper-left neighbours.
 void spreadDown(const Block& block, const std::uint16_t* content);
 
-/// Fills the map before any spreading: the farthest where there is content, 0 elsewhere. That is
-/// what the way down makes of a block where every pixel with content has three such neighbours.
-void fill(const Block& block, const std::uint16_t* content);
-
 /// Updates the map on the way up: right, lower and lower-right neighbours.
 void spreadUp(const Block& block);
+
+/// The same for a block that the way down does not change, where every pixel with content has three
+/// such neighbours: the map is filled from `content` on the way.
+void spreadUpSettled(const Block& block, const std::uint16_t* content);
 
 }  // namespace framequilt::chamfer

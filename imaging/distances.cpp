@@ -172,11 +172,11 @@ const float* Distances::finish(int block, float* map) {
     return nullptr;
   }
   if (settled_[size(block)]) {
-    chamfer::fill(blockWith(map, block, above(block)), bits(block));
+    chamfer::spreadUpSettled(blockWith(map, block, below_), bits(block));
   } else {
     chamfer::spreadDown(blockWith(map, block, above(block)), bits(block));
+    chamfer::spreadUp(blockWith(map, block, below_));
   }
-  chamfer::spreadUp(blockWith(map, block, below_));
   const chamfer::Edge first = chamfer::firstRowOf(map);
   for (int c = 0; c < image_.cols; ++c) firstRow_[size(c)] = first.first[c * first.stride];
   below_ = {firstRow_.data(), 1};

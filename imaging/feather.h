@@ -15,6 +15,8 @@ struct Feathering {
   unsigned char* frame;   ///< rows x cols, packed. Receives the result.
   unsigned char* copy;    ///< Receives the result, packed; may be null.
   int rows, cols, channels;
+  /// The frame, where `frame` only receives the result; packed.
+  const unsigned char* original = nullptr;
 };
 
 /// Whether `feather` can do it: 1 or 3 channels, at least 2 x 3 pixels, less than 2^31 bytes,
