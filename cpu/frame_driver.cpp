@@ -159,13 +159,14 @@ void blendFrom(const unsigned char* frame) {
                         result);
 }
 
-/// Blends the frame, which lies in `thedestImageScale`, where it is wanted blended, and by motion is
-/// to be remembered as it is in `thedestImage_pre`. Buffers that change places spare a copy where
-/// they hold the same.
+/// Blends the frame, which lies in `thedestImageScale`, where it is wanted blended, and by motion
+/// is to be remembered as it is in `thedestImage_pre`. Buffers that change places spare a copy
+/// where they hold the same.
 void blendAndRemember() {
   const imgInfo& info = thedestImageInfoCpu;
   const bool changePlaces = GStitchMode != 0 && imgScaleRow == info.rows &&
-                            imgScaleCol == info.cols && theSorImageInfoCpu.channels == info.channels;
+                            imgScaleCol == info.cols &&
+                            theSorImageInfoCpu.channels == info.channels;
   if (!changePlaces) {
     if (GStitchMode != 0) rememberFrame(theSorImageInfoCpu.channels);
     blendFrom(thedestImageScale);

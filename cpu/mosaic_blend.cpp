@@ -60,8 +60,8 @@ bool blendFrom(const unsigned char* original, const BlendJob& job, BlendResult& 
   const auto fuseInMosaic = [&](unsigned char* ground, std::ptrdiff_t stride, unsigned char* part,
                                 int channels) {
     const Feathering feathering = {
-        ground,      stride,   thedestImageScale, part, imgScaleRow, imgScaleCol,
-        channels,    inPlace ? nullptr : original};
+        ground,      stride,      thedestImageScale, part,
+        imgScaleRow, imgScaleCol, channels,          inPlace ? nullptr : original};
     if (thedestImageScale == nullptr || !canFeather(feathering)) return false;
     feather(feathering);
     return true;

@@ -206,12 +206,10 @@ void BlockMixer::mix(const Feathering& job, int block) {
   const int end = std::min(job.rows, first + kLanes);
   for (int r = first; r < end; ++r) {
     const std::ptrdiff_t start = rowStart(r, job.cols, job.channels);
-    const Row row = {job.ground + r * job.stride,
-                     job.original == nullptr ? nullptr : job.original + start,
-                     job.frame + start,
-                     job.copy == nullptr ? nullptr : job.copy + start,
-                     rowOfWeights(r - first),
-                     bytes};
+    const Row row = {
+        job.ground + r * job.stride, job.original == nullptr ? nullptr : job.original + start,
+        job.frame + start,           job.copy == nullptr ? nullptr : job.copy + start,
+        rowOfWeights(r - first),     bytes};
     if (job.channels == 3) {
       Leveled<Mix<DivideBy255>>::call(row);
     } else {

@@ -32,8 +32,8 @@ class Featherer {
  public:
   void run(const Feathering& job) {
     const ImageView ground = {job.ground, job.stride, job.rows, job.cols, job.channels};
-    const ImageView frame = {originalOf(job), rowStart(1, job.cols, job.channels), job.rows, job.cols,
-                             job.channels};
+    const ImageView frame = {originalOf(job), rowStart(1, job.cols, job.channels), job.rows,
+                             job.cols, job.channels};
     prepare(job);
     FinishedBlocks blocks;
     std::promise<bool> frameFilling;
@@ -128,10 +128,10 @@ bool canFeather(const Feathering& job) noexcept {
       static_cast<std::size_t>(job.stride) * static_cast<std::size_t>(job.rows - 1) +
       planeSize(1, job.cols, job.channels);
   if (!disjoint(job.ground, extent, job.frame, bytes)) return false;
-  if (job.original != nullptr && (!disjoint(job.original, bytes, job.frame, bytes) ||
-                                  !disjoint(job.original, bytes, job.ground, extent) ||
-                                  (job.copy != nullptr &&
-                                   !disjoint(job.original, bytes, job.copy, bytes)))) {
+  if (job.original != nullptr &&
+      (!disjoint(job.original, bytes, job.frame, bytes) ||
+       !disjoint(job.original, bytes, job.ground, extent) ||
+       (job.copy != nullptr && !disjoint(job.original, bytes, job.copy, bytes)))) {
     return false;
   }
   return job.copy == nullptr || (disjoint(job.copy, bytes, job.frame, bytes) &&
