@@ -23,8 +23,10 @@ class SimulatedSource final : public FrameSource {
   std::optional<SourceFrame> next() override {
     if (settings_.stopAsked() || next_ == capture_.frames()) return std::nullopt;
     cv::Mat pixels = capture_.frame(next_++);
-    return SourceFrame{std::move(pixels), static_cast<std::size_t>(next_),
-                       "simulated#" + std::to_string(next_), {}};
+    return SourceFrame{std::move(pixels),
+                       static_cast<std::size_t>(next_),
+                       "simulated#" + std::to_string(next_),
+                       {}};
   }
   std::size_t skipped() const override { return 0; }
 

@@ -80,9 +80,8 @@ cv::Mat publishResults(const StitchOptions& options, const StitchedCapture& capt
   }
   // Last, since it takes a second copy of the mosaic.
   if (written && outputs.wantsOutlines()) {
-    outputs.publishOutlines(
-        withOutlines(picture.pixels, outlinesOf(capture.log, picture, capture.sessionOptions,
-                                                session.scale())));
+    outputs.publishOutlines(withOutlines(
+        picture.pixels, outlinesOf(capture.log, picture, capture.sessionOptions, session.scale())));
   }
   return picture.pixels;
 }

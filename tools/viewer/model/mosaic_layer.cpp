@@ -104,8 +104,7 @@ void MosaicLayer::draw(const QRect& screen, const Missing& missing) {
                         cv::Point(static_cast<int>(std::ceil(end.x())) + 1,
                                   static_cast<int>(std::ceil(end.y())) + 1));
   const int level = levelFor(view_.scale());
-  const cv::Rect keys =
-      cellsOver(wanted & tiles_.area(), TilePyramid::kTileSide << level);
+  const cv::Rect keys = cellsOver(wanted & tiles_.area(), TilePyramid::kTileSide << level);
   for (int y = keys.y; y < keys.br().y; ++y) {
     for (int x = keys.x; x < keys.br().x; ++x) drawTile(painter, {level, x, y}, missing);
   }

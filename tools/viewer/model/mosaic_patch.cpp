@@ -29,8 +29,8 @@ Pixel meanOf(Pixel a, Pixel b, Pixel c, Pixel d) {
   constexpr Pixel kEven = 0x00ff00ff;
   constexpr Pixel kHalves = 0x00020002;
   const Pixel even = (a & kEven) + (b & kEven) + (c & kEven) + (d & kEven) + kHalves;
-  const Pixel odd = (a >> 8 & kEven) + (b >> 8 & kEven) + (c >> 8 & kEven) + (d >> 8 & kEven) +
-                    kHalves;
+  const Pixel odd =
+      (a >> 8 & kEven) + (b >> 8 & kEven) + (c >> 8 & kEven) + (d >> 8 & kEven) + kHalves;
   return (even >> 2 & kEven) | (odd >> 2 & kEven) << 8;
 }
 

@@ -43,7 +43,8 @@ void RunPlots::begin(Criterion criterion, bool dynamicScene) {
       {tr("Moved"), tr("% of the side"), {{tr("moved"), {}}}, {}},
   };
   if (criterion == Criterion::kOverlap) {
-    plots_.push_back({tr("Brightness difference"), tr("gray levels"), {{tr("difference"), {}}}, {}});
+    plots_.push_back(
+        {tr("Brightness difference"), tr("gray levels"), {{tr("difference"), {}}}, {}});
     plots_.push_back({tr("Sharpness difference"), tr("levels"), {{tr("difference"), {}}}, {}});
   } else if (dynamicScene) {
     plots_.push_back({tr("Change of the view"), tr("gray levels"), {{tr("change"), {}}}, {}});
@@ -71,7 +72,8 @@ void RunPlots::add(const FrameResult& result) {
 void RunPlots::addMoved(const Measures& measures) {
   Plot& plot = plots_[2];
   viewer::add(plot, measures.moved, true);
-  if (measures.moved && measures.overlap) plot.limits.push_back({100 - measures.overlap->limit, false});
+  if (measures.moved && measures.overlap)
+    plot.limits.push_back({100 - measures.overlap->limit, false});
 }
 
 PlotAxis axisOf(const Plot& plot) {

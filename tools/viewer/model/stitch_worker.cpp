@@ -164,9 +164,9 @@ void StitchWorker::openCapture(CaptureRequest request) {
     return;
   }
   const std::shared_ptr<Session> session = capture_->session;
-  events_.post(CaptureOpened{capture_->source->shape(), capture_->source->count(),
-                             std::string(session->backend()), session->scale(),
-                             [session](const cv::Rect& part) { return session->copyRegion(part); }});
+  events_.post(CaptureOpened{
+      capture_->source->shape(), capture_->source->count(), std::string(session->backend()),
+      session->scale(), [session](const cv::Rect& part) { return session->copyRegion(part); }});
 }
 
 void StitchWorker::step() {
@@ -200,9 +200,8 @@ void StitchWorker::offer(const tool::SourceFrame& frame) {
   capture_->end.full = done.result.full;
   if (done.result.verdict == Verdict::kJoined) {
     const Session& session = *capture_->session;
-    done.patch =
-        readPatch([&session](const cv::Rect& part) { return session.copyRegion(part); },
-                  done.result.changed + session.steadyBox().tl());
+    done.patch = readPatch([&session](const cv::Rect& part) { return session.copyRegion(part); },
+                           done.result.changed + session.steadyBox().tl());
   }
   events_.post(std::move(done));
 }

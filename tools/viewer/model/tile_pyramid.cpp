@@ -16,10 +16,10 @@ constexpr int kBytesPerPixel = 4;
 void copyPixels(const QImage& from, const cv::Rect& area, QImage& into, cv::Point to) {
   const std::size_t bytes = static_cast<std::size_t>(area.width) * kBytesPerPixel;
   for (int r = 0; r < area.height; ++r) {
-    std::memcpy(into.scanLine(to.y + r) + static_cast<std::ptrdiff_t>(to.x) * kBytesPerPixel,
-                from.constScanLine(area.y + r) +
-                    static_cast<std::ptrdiff_t>(area.x) * kBytesPerPixel,
-                bytes);
+    std::memcpy(
+        into.scanLine(to.y + r) + static_cast<std::ptrdiff_t>(to.x) * kBytesPerPixel,
+        from.constScanLine(area.y + r) + static_cast<std::ptrdiff_t>(area.x) * kBytesPerPixel,
+        bytes);
   }
 }
 
@@ -94,8 +94,7 @@ cv::Rect TilePyramid::halveUp(const cv::Rect& changed, int level) {
     if (found == kept_.end()) return;
     const cv::Rect part = below & pixelsOf(source);
     const cv::Rect inside = part - pixelsOf(source).tl();
-    const QImage half =
-        halved(found->second.copy(inside.x, inside.y, inside.width, inside.height));
+    const QImage half = halved(found->second.copy(inside.x, inside.y, inside.width, inside.height));
     const TileKey target{level, floorDiv(source.x, 2), floorDiv(source.y, 2)};
     patch(kept(target), target, half, cellsOver(part, 2));
   });

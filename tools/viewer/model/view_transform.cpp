@@ -50,8 +50,8 @@ void ViewTransform::fit(const QRectF& mosaic, double margin) {
   const double width = viewport_.width() - 2 * margin;
   const double height = viewport_.height() - 2 * margin;
   if (mosaic.isEmpty() || width <= 0 || height <= 0) return;
-  scale_ = std::clamp(std::min(width / mosaic.width(), height / mosaic.height()), kSmallestScale,
-                      1.0);
+  scale_ =
+      std::clamp(std::min(width / mosaic.width(), height / mosaic.height()), kSmallestScale, 1.0);
   place(mosaic.center(), middle());
 }
 

@@ -20,8 +20,7 @@ namespace {
 
 constexpr double kFitMargin = 24;      // Logical pixels.
 constexpr double kWheelStep = 1.0015;  // Per eighth of a degree.
-constexpr double kKeyZoom = 1.25;
-constexpr double kKeyPan = 64;  // Logical pixels.
+constexpr double kKeyPan = 64;         // Logical pixels.
 constexpr double kPenWidth = 2.5;
 constexpr double kPathWidth = 2;
 
@@ -64,8 +63,8 @@ void MosaicCanvas::add(const FrameResult& result, const MosaicPatch& patch) {
 
 QRectF MosaicCanvas::mosaicBox() const {
   const cv::Rect area = tiles_.area();
-  return {static_cast<double>(area.x), static_cast<double>(area.y),
-          static_cast<double>(area.width), static_cast<double>(area.height)};
+  return {static_cast<double>(area.x), static_cast<double>(area.y), static_cast<double>(area.width),
+          static_cast<double>(area.height)};
 }
 
 void MosaicCanvas::setViewMode(ViewMode mode) {
@@ -163,7 +162,7 @@ void MosaicCanvas::paintEvent(QPaintEvent* /*event*/) {
 }
 
 void MosaicCanvas::drawTrack(QPainter& painter) {
-  const Theme theme = themeFor(palette());
+  const Theme theme = brightTheme();
   painter.setRenderHint(QPainter::Antialiasing);
   if (showsOutlines_) {
     QColor faint = theme.joined;
@@ -189,7 +188,7 @@ void MosaicCanvas::drawTrack(QPainter& painter) {
 void MosaicCanvas::drawPath(QPainter& painter) {
   const std::vector<QPointF>& path = track_.path();
   if (path.size() < 2) return;
-  const Theme theme = themeFor(palette());
+  const Theme theme = brightTheme();
   const double width = kPathWidth * devicePixelRatioF();
   const QRectF seen = view_.visible();
   QPainterPath lines;
@@ -218,7 +217,8 @@ void MosaicCanvas::drawPath(QPainter& painter) {
 void MosaicCanvas::drawMark(QPainter& painter, const FrameMark& mark, const QColor& colour) {
   const double width = kPenWidth * devicePixelRatioF();
   const QRectF place = view_.toScreen(mark.place);
-  painter.setPen(QPen(QColor(0, 0, 0, 120), width * 2, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
+  painter.setPen(
+      QPen(QColor(0, 0, 0, 120), width * 2, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
   QColor veil = colour;
   veil.setAlphaF(mark.joined ? 0.06F : 0.16F);
   painter.setBrush(veil);
@@ -231,7 +231,8 @@ void MosaicCanvas::drawMark(QPainter& painter, const FrameMark& mark, const QCol
 
 void MosaicCanvas::resizeEvent(QResizeEvent* event) {
   QWidget::resizeEvent(event);
-  view_.resize(QSize(qRound(width() * devicePixelRatioF()), qRound(height() * devicePixelRatioF())));
+  view_.resize(
+      QSize(qRound(width() * devicePixelRatioF()), qRound(height() * devicePixelRatioF())));
   followMode();
   Q_EMIT viewChanged();
 }

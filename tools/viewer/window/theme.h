@@ -26,6 +26,9 @@ struct Theme {
 /// The colours that go with a palette: dark ones where its windows are dark.
 Theme themeFor(const QPalette& palette);
 
+/// Bright colours, for what is drawn on the mosaic itself.
+const Theme& brightTheme();
+
 enum class Appearance { kSystem, kLight, kDark };
 
 /// The palette of the program for an appearance; the system's own for `kSystem`.

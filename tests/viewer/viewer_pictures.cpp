@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: Apache-2.0
+// Takes pictures of the window: viewer_pictures FOLDER NAME WIDTHxHEIGHT light|dark [CAPTURE]
+//
+// Without a capture it is the start page. A capture is a folder or a video, or "simulated".
+#include <QApplication>
+#include <QSettings>
+#include <QSignalSpy>
+#include <QTemporaryDir>
+#include <cstdio>
+
+#include "tools/viewer/window/main_window.h"
+
+int main(int argc, char** argv) {
+  using namespace framequilt;
+  qputenv("QT_QPA_PLATFORM", "offscreen");
+  QApplication application(argc, argv);
+  QApplication::setStyle("Fusion");
+  const QStringList words = QApplication::arguments();
+  if (words.size() < 5) {
+    std::fputs("viewer_pictures FOLDER NAME WIDTHxHEIGHT light|dark [CAPTURE]\n", stderr);
+    return 2;
+  }
+  const QTemporaryDir settings;
+  QSettings store(settings.filePath("viewer.ini"), QSettings::IniFormat);
+  viewer::MainWindow window(store);
+  window.setAsksBeforeDiscarding(false);
+  const QStringList size = words[3].split('x');
+  const double ratio = window.devicePixelRatioF();
+  window.resize(qRound(size[0].toInt() / ratio), qRound(size[1].toInt() / ratio));
+  window.setAppearance(words[4]);
+  window.show();
+  if (words.size() > 5) {
+    QSignalSpy ended(&window.run(), &viewer::RunController::ended);
+    if (words[5] == "simulated") {
+      window.openSimulation();
+    } else {
+      window.openInput(words[5]);
+    }
+    if (!ended.wait(60000)) return 1;
+    if (words.size() > 6) {
+      // A frame that was refused, as the run shows it.
+      window.findChild<QAction*>("nextRefused")->trigger();
+      window.findChild<QAction*>("actual")->trigger();
+    }
+    QSignalSpy sharp(&window.canvas(), &viewer::MosaicCanvas::sharp);
+    window.canvas().update();
+    sharp.wait(5000);
+  }
+  const QString file = words[1] + "/" + words[2] + ".png";
+  return window.grab().save(file) ? 0 : 1;
+}
