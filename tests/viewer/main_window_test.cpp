@@ -112,8 +112,19 @@ TEST_F(MainWindowTest, KeysChooseTheView) {
   EXPECT_FALSE(action("follow").isChecked());
   QTest::keyClick(&window_, Qt::Key_P);
   EXPECT_FALSE(canvas.showsPath());
+}
+
+TEST_F(MainWindowTest, TheOverviewIsThereWhilePartOfTheMosaicIsOutOfView) {
+  runToEnd(requestOf({{0, 0}, {90, 0}, {180, 0}}));
+  auto* overview = window_.canvas().findChild<QWidget*>("overview");
+  EXPECT_FALSE(overview->isVisible());
+  window_.canvas().zoomBy(8);
+  EXPECT_TRUE(overview->isVisible());
+  const QPointF before = window_.canvas().view().offset();
+  QTest::mouseClick(overview, Qt::LeftButton, {}, {8, 8});
+  EXPECT_GT(window_.canvas().view().offset().x(), before.x());
   QTest::keyClick(&window_, Qt::Key_M);
-  EXPECT_FALSE(canvas.findChild<QWidget*>("overview")->isVisible());
+  EXPECT_FALSE(overview->isVisible());
 }
 
 TEST_F(MainWindowTest, SavesAndSaysWhere) {

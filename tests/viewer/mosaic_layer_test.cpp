@@ -63,8 +63,8 @@ TEST_F(MosaicLayerTest, OneToOneShowsThePixelsThemselves) {
   const QImage& picture = render(view);
   for (const QPoint& at : {QPoint(0, 0), QPoint(150, 100), QPoint(299, 199)}) {
     const QPointF there = view.toMosaic(at);
-    const auto pixel = mosaic_.pixels.at<cv::Vec3b>(static_cast<int>(there.y()),
-                                                    static_cast<int>(there.x()));
+    const auto pixel =
+        mosaic_.pixels.at<cv::Vec3b>(static_cast<int>(there.y()), static_cast<int>(there.x()));
     EXPECT_EQ(picture.pixel(at), qRgb(pixel[2], pixel[1], pixel[0]));
   }
 }

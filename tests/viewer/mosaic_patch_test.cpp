@@ -63,8 +63,8 @@ TEST(MosaicPatch, IsAlignedAndBringsThreeSizes) {
 }
 
 TEST(MosaicPatch, NothingChangedIsNotRead) {
-  const MosaicPatch patch = readPatch(
-      [](const cv::Rect&) -> cv::Mat { throw std::logic_error("read"); }, cv::Rect());
+  const MosaicPatch patch =
+      readPatch([](const cv::Rect&) -> cv::Mat { throw std::logic_error("read"); }, cv::Rect());
   EXPECT_TRUE(patch.area.empty());
 }
 

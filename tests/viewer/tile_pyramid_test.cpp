@@ -48,9 +48,9 @@ TEST(TilePyramid, CoarseLevelsFollowAChangeAcrossTileBorders) {
 
 TEST(TilePyramid, LiesLeftOfAndAboveTheOriginToo) {
   TilePyramid tiles;
-  tiles.apply(readPatch(
-      [](const cv::Rect& part) { return cv::Mat(part.size(), CV_8UC1, cv::Scalar(50)); },
-      {-2000, -300, 64, 64}));
+  tiles.apply(
+      readPatch([](const cv::Rect& part) { return cv::Mat(part.size(), CV_8UC1, cv::Scalar(50)); },
+                {-2000, -300, 64, 64}));
   EXPECT_EQ(tiles.area(), cv::Rect(-2000, -300, 64, 64));
   EXPECT_FALSE(tiles.empty({0, -8, -2}));
   EXPECT_EQ(qAlpha(tiles.find({2, -2, -1})->pixel(512 - 500, 256 - 75)), 255);

@@ -46,6 +46,8 @@ int main(int argc, char** argv) {
     window.canvas().update();
     sharp.wait(5000);
   }
+  // Layouts and palettes are brought up to date by events.
+  for (int i = 0; i < 5; ++i) QApplication::processEvents();
   const QString file = words[1] + "/" + words[2] + ".png";
   return window.grab().save(file) ? 0 : 1;
 }

@@ -34,8 +34,7 @@ double share(const QSettings& store, const char* key, Range<double> percent, dou
 void loadStitching(const QSettings& store, tool::StitchOptions& options) {
   options.mode = oneOf(store, "stitching/mode", {"motion", "overlap"}, options.mode);
   options.dynamicScene = store.value("stitching/dynamic", options.dynamicScene).toBool();
-  options.backend =
-      oneOf(store, "stitching/backend", {"auto", "opencl", "host"}, options.backend);
+  options.backend = oneOf(store, "stitching/backend", {"auto", "opencl", "host"}, options.backend);
   options.scale = within(store, "stitching/scale", Range<int>{kAutoScale, 2}, options.scale);
   options.cornerBudget =
       within(store, "stitching/cornerBudget", kCornerBudgetRange, options.cornerBudget);

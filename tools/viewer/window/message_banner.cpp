@@ -4,6 +4,7 @@
 #include <QGridLayout>
 #include <QPainter>
 #include <QPainterPath>
+#include <QResizeEvent>
 
 #include "tools/viewer/window/theme.h"
 
@@ -45,10 +46,16 @@ void MessageBanner::show(Kind kind, const QString& title, const QString& text) {
   text_->setText(text);
   text_->setVisible(!text.isEmpty());
   QFrame::show();
-  // The height follows from the text at this width.
-  setFixedHeight(layout()->heightForWidth(width()));
+  fitHeight();
   raise();
   update();
+}
+
+/// The height follows from the text at this width.
+void MessageBanner::fitHeight() {
+  const bool flows = layout()->hasHeightForWidth();
+  setFixedHeight(flows ? layout()->totalHeightForWidth(width())
+                       : layout()->totalSizeHint().height());
 }
 
 QColor MessageBanner::colour() const {
@@ -82,6 +89,7 @@ void MessageBanner::paintEvent(QPaintEvent* /*event*/) {
 
 void MessageBanner::resizeEvent(QResizeEvent* event) {
   QFrame::resizeEvent(event);
+  if (event->oldSize().width() != width()) fitHeight();
   Q_EMIT resized();
 }
 

@@ -29,6 +29,7 @@ class MessageBanner : public QFrame {
   void resizeEvent(QResizeEvent* event) override;
 
  private:
+  void fitHeight();
   QColor colour() const;
 
   Kind kind_ = Kind::kInfo;

@@ -37,14 +37,15 @@ void OverviewMap::setWanted(bool wanted) {
 }
 
 void OverviewMap::place() {
-  const QSizeF mosaic = canvas_->mosaicBox().size();
-  setVisible(wanted_ && !mosaic.isEmpty());
-  if (!isVisible() && !(wanted_ && !mosaic.isEmpty())) return;
+  const QRectF box = canvas_->mosaicBox();
+  const QSizeF mosaic = box.size();
+  const bool useful = !mosaic.isEmpty() && !canvas_->view().visible().contains(box);
+  setVisible(wanted_ && useful);
+  if (!wanted_ || !useful) return;
   const int side = std::min({kLongestSide, canvas_->width() / kShare + kShare * kBorder,
                              canvas_->height() / kShare + kShare * kBorder});
-  const QSize size =
-      mosaic.scaled(side, side, Qt::KeepAspectRatio).toSize().expandedTo({16, 16}) +
-      QSize(2 * kBorder, 2 * kBorder);
+  const QSize size = mosaic.scaled(side, side, Qt::KeepAspectRatio).toSize().expandedTo({16, 16}) +
+                     QSize(2 * kBorder, 2 * kBorder);
   setGeometry(QRect(QPoint(canvas_->width() - size.width() - kDistance,
                            canvas_->height() - size.height() - kDistance),
                     size));

@@ -16,7 +16,7 @@ class OverviewMap : public QWidget {
   /// A child of the canvas, in its lower right corner.
   explicit OverviewMap(MosaicCanvas* canvas);
 
-  /// Shown as long as there is a mosaic.
+  /// Then it is shown while a part of the mosaic is out of view.
   void setWanted(bool wanted);
 
  protected:

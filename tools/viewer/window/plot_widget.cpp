@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/viewer/window/plot_widget.h"
 
+#include <QLocale>
 #include <QMouseEvent>
 #include <QPainter>
 #include <QToolTip>
@@ -14,7 +15,8 @@ namespace {
 
 constexpr double kLeft = 44;
 constexpr double kRight = 10;
-constexpr double kTop = 26;
+constexpr double kTop = 32;
+constexpr double kHeading = 26;
 constexpr double kBottom = 8;
 constexpr int kFewFrames = 60;  // Up to so many each value has a dot.
 constexpr int kFewestAcross = 20;
@@ -36,9 +38,7 @@ void PlotWidget::select(int frame) {
   update();
 }
 
-QRectF PlotWidget::inner() const {
-  return QRectF(rect()).adjusted(kLeft, kTop, -kRight, -kBottom);
-}
+QRectF PlotWidget::inner() const { return QRectF(rect()).adjusted(kLeft, kTop, -kRight, -kBottom); }
 
 double PlotWidget::across(int frame) const {
   const auto count = static_cast<int>(plots_.verdicts().size());
@@ -81,7 +81,7 @@ void PlotWidget::drawHeading(QPainter& painter) const {
   bold.setBold(true);
   painter.setFont(bold);
   painter.setPen(palette().color(QPalette::WindowText));
-  const QRectF line(10, 4, width() - 20, kTop - 6);
+  const QRectF line(10, 4, width() - 20, kHeading - 6);
   painter.drawText(line, Qt::AlignLeft | Qt::AlignVCenter, plot().title);
   const double titleWidth = QFontMetricsF(bold).horizontalAdvance(plot().title);
   painter.setFont(font());

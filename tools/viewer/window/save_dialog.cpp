@@ -82,9 +82,8 @@ SaveDialog::SaveDialog(const ViewerSettings& settings, const QString& name, QWid
 
 void SaveDialog::browse() {
   const QString chosen = QFileDialog::getSaveFileName(
-      this, windowTitle(), file_->text(),
-      tr("Pictures (*.png *.jpg *.jpeg *.bmp *.tif *.tiff)"), nullptr,
-      QFileDialog::DontConfirmOverwrite);
+      this, windowTitle(), file_->text(), tr("Pictures (*.png *.jpg *.jpeg *.bmp *.tif *.tiff)"),
+      nullptr, QFileDialog::DontConfirmOverwrite);
   if (!chosen.isEmpty()) file_->setText(chosen);
 }
 

@@ -8,8 +8,8 @@
 #include <QSplitter>
 #include <QStyledItemDelegate>
 
-#include "tools/viewer/window/theme.h"
 #include "tools/viewer/model/texts.h"
+#include "tools/viewer/window/theme.h"
 
 namespace framequilt::viewer {
 namespace {
@@ -32,8 +32,8 @@ class OutcomeDelegate : public QStyledItemDelegate {
     painter->setRenderHint(QPainter::Antialiasing);
     painter->setPen(Qt::NoPen);
     painter->setBrush(colourOf(index, themeFor(option.palette)));
-    painter->drawEllipse(QPointF(option.rect.left() + kDotRoom / 2.0 + 1, option.rect.center().y() + 1),
-                         4, 4);
+    painter->drawEllipse(
+        QPointF(option.rect.left() + kDotRoom / 2.0 + 1, option.rect.center().y() + 1), 4, 4);
     painter->restore();
   }
 
@@ -93,7 +93,8 @@ SidePanel::SidePanel(QWidget* parent)
   connect(list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
           [this](const QModelIndex& current) {
             describe();
-            for (PlotWidget* plot : plotWidgets_) plot->select(current.isValid() ? current.row() : -1);
+            for (PlotWidget* plot : plotWidgets_)
+              plot->select(current.isValid() ? current.row() : -1);
             if (current.isValid()) Q_EMIT framePicked(current.row());
           });
 

@@ -15,7 +15,7 @@
 namespace framequilt::viewer {
 namespace {
 
-constexpr int kFormWidth = 400;
+constexpr int kFormWidth = 410;
 constexpr int kChoicesWidth = 640;
 
 /// "Default 8, from 0 to 1000." below what the parameter does.
@@ -96,8 +96,8 @@ QWidget* StartPage::makeChoices() {
   large.setPointSizeF(large.pointSizeF() * 2.4);
   large.setBold(true);
   title->setFont(large);
-  auto* text = new QLabel(
-      tr("Stitches the frames of a moving camera into one mosaic, and shows it grow."));
+  auto* text =
+      new QLabel(tr("Stitches the frames of a moving camera into one mosaic, and shows it grow."));
   text->setWordWrap(true);
 
   auto* folder = new CaptureCard(CaptureCard::Kind::kFolder, tr("Folder of pictures"),
@@ -106,9 +106,8 @@ QWidget* StartPage::makeChoices() {
                                 tr("Each frame, or each Nth one"), "Ctrl+Shift+O");
   auto* camera = new CaptureCard(CaptureCard::Kind::kCamera, tr("Camera"),
                                  tr("Live, until it is stopped"), "Ctrl+K");
-  auto* simulation =
-      new CaptureCard(CaptureCard::Kind::kSimulation, tr("Simulated capture"),
-                      tr("Nothing at hand? See how it works"), "Ctrl+T");
+  auto* simulation = new CaptureCard(CaptureCard::Kind::kSimulation, tr("Simulated capture"),
+                                     tr("Nothing at hand? See how it works"), "Ctrl+T");
   folder->setObjectName("openFolder");
   video->setObjectName("openVideo");
   camera->setObjectName("openCamera");
@@ -192,8 +191,9 @@ void StartPage::addStitching(QFormLayout& form) {
               kCornerBudgetRange, standard.cornerBudget, tr("steps")));
   every_ = new QSpinBox;
   setRange(every_, kEveryRange, {});
-  every_->setPrefix(tr("each ", "as in: each 5th frame"));
-  every_->setSuffix(tr(". frame"));
+  every_->setPrefix(tr("1 of "));
+  every_->setSuffix(tr(" frames"));
+  every_->setSpecialValueText(tr("every frame"));
   addRow(form, tr("Take"), every_,
          hint(tr("Leaves out the frames between."), kEveryRange, standard.every));
   maxCols_ = new QSpinBox;
@@ -230,8 +230,8 @@ void StartPage::addSimulation(QFormLayout& form) {
   setRange(cols_, kSimulatedSideRange, "px");
   setRange(rows_, kSimulatedSideRange, "px");
   addRow(form, tr("Frame size"), sideBySide(cols_, "x", rows_),
-         hint(tr("Columns and rows of a simulated frame."), kSimulatedSideRange,
-              path.frame.width, "px"));
+         hint(tr("Columns and rows of a simulated frame."), kSimulatedSideRange, path.frame.width,
+              "px"));
   lowestOverlap_ = new QDoubleSpinBox;
   highestOverlap_ = new QDoubleSpinBox;
   setRange(lowestOverlap_, kOverlapPercentRange, "%", 0);
@@ -268,8 +268,7 @@ void StartPage::read(ViewerSettings& settings) const {
   tool::SimulationOptions& simulation = settings.simulation;
   simulation.path.frames = frames_->value();
   simulation.path.frame = {cols_->value(), rows_->value()};
-  simulation.path.lowestOverlap =
-      std::min(lowestOverlap_->value(), highestOverlap_->value()) / 100;
+  simulation.path.lowestOverlap = std::min(lowestOverlap_->value(), highestOverlap_->value()) / 100;
   simulation.path.highestOverlap =
       std::max(lowestOverlap_->value(), highestOverlap_->value()) / 100;
   simulation.noise = noise_->value();
