@@ -43,3 +43,12 @@ if(TARGET framequilt_tool)
     INSTALL_RPATH "$ORIGIN/${framequilt_lib_from_bin}")
   install(TARGETS framequilt_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime)
 endif()
+if(TARGET framequilt_viewer)
+  set_target_properties(framequilt_viewer PROPERTIES
+    INSTALL_RPATH "$ORIGIN/${framequilt_lib_from_bin}")
+  install(TARGETS framequilt_viewer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT viewer)
+  install(FILES tools/viewer/desktop/framequilt-viewer.desktop
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT viewer)
+  install(FILES tools/viewer/desktop/framequilt-viewer.svg
+          DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT viewer)
+endif()

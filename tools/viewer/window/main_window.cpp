@@ -209,7 +209,8 @@ void MainWindow::makeMenus() {
 }
 
 void MainWindow::makeToolBar() {
-  QToolBar* bar = addToolBar(tr("Tools"));
+  toolBar_ = addToolBar(tr("Tools"));
+  QToolBar* bar = toolBar_;
   bar->setObjectName("tools");
   bar->setMovable(false);
   bar->setContextMenuPolicy(Qt::PreventContextMenu);
@@ -453,6 +454,7 @@ void MainWindow::updateActions() {
   for (QAction* action : openActions_) action->setEnabled(run_.canOpen());
   start_->setEnabled(run_.canOpen());
   startAction_->setEnabled(hasRun || working);
+  if (toolBar_ != nullptr) toolBar_->setVisible(hasRun || working);
   pauseAction_->setEnabled(run_.canPause() || run_.canResume());
   pauseAction_->setText(run_.canResume() ? tr("Go on") : tr("Pause"));
   stopAction_->setEnabled(run_.canStop());
@@ -464,7 +466,6 @@ void MainWindow::updateActions() {
   }
   fitAction_->setChecked(canvas_->viewMode() == ViewMode::kFit);
   followAction_->setChecked(canvas_->viewMode() == ViewMode::kFollow);
-  // While the window is still being made there is no status bar.
   if (run_.state() == RunState::kOpening)
     setWindowTitle(tr("Opening %1...").arg(run_.captureName()));
   if (run_.state() == RunState::kIdle) setWindowTitle("Framequilt");

@@ -8,6 +8,7 @@
 #include <QSettings>
 #include <QStackedWidget>
 #include <QTimer>
+#include <QToolBar>
 
 #include "tools/viewer/model/run_controller.h"
 #include "tools/viewer/model/viewer_settings.h"
@@ -95,6 +96,7 @@ class MainWindow : public QMainWindow {
   OverviewMap* overview_;
   SidePanel* panel_;
   MessageBanner* banner_;
+  QToolBar* toolBar_ = nullptr;
   QLabel* progressLabel_;
   QLabel* factsLabel_;
   QProgressBar* progress_;

@@ -14,7 +14,7 @@ namespace framequilt::viewer {
 namespace {
 
 constexpr double kLeft = 44;
-constexpr double kRight = 10;
+constexpr double kRight = 56;
 constexpr double kTop = 32;
 constexpr double kHeading = 26;
 constexpr double kBottom = 8;
@@ -129,21 +129,15 @@ void PlotWidget::drawLimits(QPainter& painter, const PlotAxis& axis) const {
   const Theme theme = themeFor(palette());
   QFont small = font();
   small.setPointSizeF(std::max(6.0, small.pointSizeF() * 0.85));
-  const QFontMetricsF metrics(small);
   painter.setFont(small);
   for (const PlotLimit& limit : plot().limits) {
     const double y = up(axis, limit.value);
     painter.setPen(QPen(theme.refused, 1.2, Qt::DashLine));
     painter.drawLine(QPointF(inner().left(), y), QPointF(inner().right(), y));
     const QString text = (limit.atLeast ? tr("min %1") : tr("max %1")).arg(number(limit.value));
-    const double wide = metrics.horizontalAdvance(text) + 8;
-    const double middle = std::clamp(y, inner().top() + 7, inner().bottom() - 5);
-    const QRectF plate(inner().right() - wide, middle - 7, wide, 14);
-    painter.setPen(Qt::NoPen);
-    painter.setBrush(theme.card);
-    painter.drawRect(plate);
-    painter.setPen(theme.refused);
-    painter.drawText(plate, Qt::AlignCenter, text);
+    const double middle = std::clamp(y, inner().top() + 4, inner().bottom() - 4);
+    const QRectF plate(inner().right() + 5, middle - 8, kRight - 8, 16);
+    painter.drawText(plate, Qt::AlignLeft | Qt::AlignVCenter, text);
   }
 }
 
