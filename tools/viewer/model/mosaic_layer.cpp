@@ -54,9 +54,11 @@ QRect MosaicLayer::screenOf(const cv::Rect& mosaic) const {
   return {corner, QSize(qRound(end.x()) - corner.x(), qRound(end.y()) - corner.y())};
 }
 
-void MosaicLayer::invalidate(const cv::Rect& mosaic) {
+QRect MosaicLayer::invalidate(const cv::Rect& mosaic) {
   // Smooth scaling looks at the pixels beside.
-  if (!whole_) changed_ += screenOf(mosaic).adjusted(-2, -2, 2, 2);
+  const QRect screen = screenOf(mosaic).adjusted(-2, -2, 2, 2);
+  if (!whole_) changed_ += screen;
+  return screen;
 }
 
 const QImage& MosaicLayer::render(const ViewTransform& view, const Missing& missing) {
@@ -95,7 +97,6 @@ void MosaicLayer::draw(const QRect& screen, const Missing& missing) {
   QPainter painter(&picture_);
   painter.setClipRect(screen);
   painter.fillRect(screen, background_);
-  painter.setRenderHint(QPainter::SmoothPixmapTransform, view_.scale() < kSharpFrom);
 
   const QPointF first = view_.toMosaic(screen.topLeft());
   const QPointF end = view_.toMosaic(screen.bottomRight() + QPoint(1, 1));
@@ -114,6 +115,9 @@ void MosaicLayer::drawTile(QPainter& painter, const TileKey& key, const Missing&
   if (tiles_.empty(key)) return;
   const QRect target = screenOf(TilePyramid::areaOf(key));
   if (target.isEmpty()) return;
+  // Pixels that are only copied are copied faster without it.
+  const bool copied = target.size() == QSize(TilePyramid::kTileSide, TilePyramid::kTileSide);
+  painter.setRenderHint(QPainter::SmoothPixmapTransform, !copied && view_.scale() < kSharpFrom);
   if (const QImage* pixels = tiles_.find(key)) {
     painter.drawImage(target, *pixels);
     return;
@@ -127,6 +131,7 @@ void MosaicLayer::drawTile(QPainter& painter, const TileKey& key, const Missing&
     const int side = TilePyramid::kTileSide / parts;
     const QRect source((key.x - above.x * parts) * side, (key.y - above.y * parts) * side, side,
                        side);
+    painter.setRenderHint(QPainter::SmoothPixmapTransform, view_.scale() < kSharpFrom);
     painter.drawImage(target, *coarse, source);
     return;
   }

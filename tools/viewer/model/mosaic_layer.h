@@ -23,8 +23,9 @@ class MosaicLayer {
 
   void setBackground(const QColor& colour);
 
-  /// That part of the mosaic (steady mosaic pixels) has changed.
-  void invalidate(const cv::Rect& mosaic);
+  /// That part of the mosaic (steady mosaic pixels) has changed. \returns where it lies on the
+  /// screen as it was drawn last, whether in view or not.
+  QRect invalidate(const cv::Rect& mosaic);
   void invalidateAll() { whole_ = true; }
 
   /// Brings the picture up to date with a view. It stays valid until the next call.

@@ -6,8 +6,8 @@
 #include <QKeyEvent>
 #include <QMetaObject>
 #include <QMouseEvent>
+#include <QPaintEvent>
 #include <QPainter>
-#include <QPainterPath>
 #include <QWheelEvent>
 #include <algorithm>
 #include <cmath>
@@ -139,12 +139,20 @@ void MosaicCanvas::takeTiles() {
     if (tile.pixels.isNull()) continue;
     // What has changed meanwhile is asked for again when it is drawn.
     tiles_.insert(tile.key, tile.pixels);
-    layer_.invalidate(TilePyramid::areaOf(tile.key));
+    updateScreen(layer_.invalidate(TilePyramid::areaOf(tile.key)));
   }
-  update();
+  // The signal `sharp` is sent when the last one has been drawn.
+  if (loading_ == 0) update(QRect(0, 0, 1, 1));
 }
 
-void MosaicCanvas::paintEvent(QPaintEvent* /*event*/) {
+void MosaicCanvas::updateScreen(const QRect& devicePixels) {
+  const double ratio = devicePixelRatioF();
+  const QRect screen = devicePixels & QRect(QPoint(), view_.viewport());
+  if (screen.isEmpty()) return;
+  update(QRectF(QPointF(screen.topLeft()) / ratio, QSizeF(screen.size()) / ratio).toAlignedRect());
+}
+
+void MosaicCanvas::paintEvent(QPaintEvent* event) {
   bool coarse = false;
   const QImage& picture = layer_.render(view_, [this, &coarse](const TileKey& key) {
     coarse = true;
@@ -153,10 +161,16 @@ void MosaicCanvas::paintEvent(QPaintEvent* /*event*/) {
     loader_.request(key);
   });
   QPainter painter(this);
-  painter.scale(1 / devicePixelRatioF(), 1 / devicePixelRatioF());
-  painter.setCompositionMode(QPainter::CompositionMode_Source);
-  painter.drawImage(0, 0, picture);
-  painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+  const double ratio = devicePixelRatioF();
+  // Even a scale of one would keep Qt from copying pixels plainly.
+  if (ratio != 1) painter.scale(1 / ratio, 1 / ratio);
+  for (const QRect& part : event->region()) {
+    const QRect pixels = QRectF(QPointF(part.topLeft()) * ratio, QSizeF(part.size()) * ratio)
+                             .toAlignedRect()
+                             .adjusted(-1, -1, 1, 1)
+                             .intersected(picture.rect());
+    painter.drawImage(pixels.topLeft(), picture, pixels);
+  }
   drawTrack(painter);
   if (!coarse && loading_ == 0) Q_EMIT sharp();
 }
@@ -191,23 +205,21 @@ void MosaicCanvas::drawPath(QPainter& painter) {
   const Theme theme = brightTheme();
   const double width = kPathWidth * devicePixelRatioF();
   const QRectF seen = view_.visible();
-  QPainterPath lines;
+  // Single lines with square caps: Qt draws these far faster than a path.
+  QList<QLineF> lines;
   for (std::size_t i = 1; i < path.size(); ++i) {
     const QRectF box = QRectF(path[i - 1], path[i]).normalized();
     if (box.right() < seen.left() || box.left() > seen.right() || box.bottom() < seen.top() ||
         box.top() > seen.bottom()) {
       continue;
     }
-    const QPointF from = view_.toScreen(path[i - 1]);
-    if (lines.currentPosition() != from || lines.isEmpty()) lines.moveTo(from);
-    lines.lineTo(view_.toScreen(path[i]));
+    lines.append({view_.toScreen(path[i - 1]), view_.toScreen(path[i])});
   }
-  painter.setBrush(Qt::NoBrush);
   // A dark rim, so that the line can be told from a light mosaic.
-  painter.setPen(QPen(QColor(0, 0, 0, 110), width * 2, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-  painter.drawPath(lines);
-  painter.setPen(QPen(theme.path, width, Qt::SolidLine, Qt::RoundCap, Qt::RoundJoin));
-  painter.drawPath(lines);
+  painter.setPen(QPen(QColor(40, 36, 30), width * 2, Qt::SolidLine, Qt::SquareCap));
+  painter.drawLines(lines);
+  painter.setPen(QPen(theme.path, width, Qt::SolidLine, Qt::SquareCap));
+  painter.drawLines(lines);
   painter.setPen(Qt::NoPen);
   painter.setBrush(theme.path);
   painter.drawEllipse(view_.toScreen(path.front()), 2 * width, 2 * width);
@@ -217,16 +229,17 @@ void MosaicCanvas::drawPath(QPainter& painter) {
 void MosaicCanvas::drawMark(QPainter& painter, const FrameMark& mark, const QColor& colour) {
   const double width = kPenWidth * devicePixelRatioF();
   const QRectF place = view_.toScreen(mark.place);
-  painter.setPen(
-      QPen(QColor(0, 0, 0, 120), width * 2, Qt::SolidLine, Qt::SquareCap, Qt::MiterJoin));
   QColor veil = colour;
   veil.setAlphaF(mark.joined ? 0.06F : 0.16F);
-  painter.setBrush(veil);
-  painter.drawRect(place);
-  painter.setPen(QPen(colour, width, mark.measured ? Qt::SolidLine : Qt::DashLine, Qt::SquareCap,
-                      Qt::MiterJoin));
-  painter.setBrush(Qt::NoBrush);
-  painter.drawRect(place);
+  painter.fillRect(place, veil);
+  const QList<QLineF> border = {{place.topLeft(), place.topRight()},
+                                {place.topRight(), place.bottomRight()},
+                                {place.bottomRight(), place.bottomLeft()},
+                                {place.bottomLeft(), place.topLeft()}};
+  painter.setPen(QPen(QColor(24, 26, 24), width * 2, Qt::SolidLine, Qt::SquareCap));
+  painter.drawLines(border);
+  painter.setPen(QPen(colour, width, mark.measured ? Qt::SolidLine : Qt::DashLine, Qt::SquareCap));
+  painter.drawLines(border);
 }
 
 void MosaicCanvas::resizeEvent(QResizeEvent* event) {

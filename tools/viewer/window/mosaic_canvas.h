@@ -79,6 +79,7 @@ class MosaicCanvas : public QWidget {
  private:
   Q_SLOT void takeTiles();
   QPointF devicePoint(QPointF logical) const { return logical * devicePixelRatioF(); }
+  void updateScreen(const QRect& devicePixels);
   void followMode();
   void moved();
   void panByHand(QPointF devicePixels);
