@@ -48,6 +48,6 @@ int main(int argc, char** argv) {
   }
   // Layouts and palettes are brought up to date by events.
   for (int i = 0; i < 5; ++i) QApplication::processEvents();
-  const QString file = words[1] + "/" + words[2] + ".png";
+  const QString file = words[1] + "/" + words[2] + (words[2].contains('.') ? "" : ".png");
   return window.grab().save(file) ? 0 : 1;
 }

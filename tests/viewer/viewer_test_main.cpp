@@ -5,7 +5,7 @@
 
 int main(int argc, char** argv) {
   testing::InitGoogleTest(&argc, argv);
-  qputenv("QT_QPA_PLATFORM", "offscreen");
+  qputenv("QT_QPA_PLATFORM", "offscreen");  // No screen is needed.
   QApplication application(argc, argv);
   QApplication::setStyle("Fusion");
   return RUN_ALL_TESTS();

@@ -88,7 +88,8 @@ SidePanel::SidePanel(QWidget* parent)
   header->setHighlightSections(false);
   header->setSectionResizeMode(FrameListModel::kOutcome, QHeaderView::Stretch);
   list_->setColumnWidth(FrameListModel::kNumber, fontMetrics().horizontalAdvance("00000"));
-  list_->setColumnWidth(FrameListModel::kName, fontMetrics().horizontalAdvance("simulated#0000"));
+  list_->setColumnWidth(FrameListModel::kName,
+                        fontMetrics().horizontalAdvance("frame_0000.jpeg__"));
   list_->setColumnWidth(FrameListModel::kMatches, fontMetrics().horizontalAdvance("Matches__"));
   connect(list_->selectionModel(), &QItemSelectionModel::currentRowChanged, this,
           [this](const QModelIndex& current) {
