@@ -18,8 +18,8 @@ constexpr double kSharpFrom = 2;
 void scroll(QImage& picture, QPoint by) {
   const int cols = picture.width() - std::abs(by.x());
   const int rows = picture.height() - std::abs(by.y());
-  const int from = std::max(0, -by.x());
-  const int to = std::max(0, by.x());
+  const qsizetype from = std::max(0, -by.x());
+  const qsizetype to = std::max(0, by.x());
   const qsizetype stride = picture.bytesPerLine();
   uchar* const pixels = picture.bits();
   const auto moveRow = [&](int row) {

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/viewer/model/mosaic_patch.h"
 
+#include <cstddef>
 #include <cstdint>
 
 #include "tools/viewer/model/grid.h"
@@ -19,7 +20,7 @@ void convertRow(const std::uint8_t* from, int channels, int cols, Pixel* to) {
     return;
   }
   for (int c = 0; c < cols; ++c) {
-    const std::uint8_t* bgr = from + 3 * c;
+    const std::uint8_t* bgr = from + std::ptrdiff_t{3} * c;
     to[c] = opaqueUnlessEmpty(bgr[0] | Pixel{bgr[1]} << 8 | Pixel{bgr[2]} << 16);
   }
 }
@@ -56,7 +57,8 @@ QImage halved(const QImage& picture) {
     const Pixel* upper = rowOf(picture, 2 * r);
     const Pixel* lower = rowOf(picture, 2 * r + 1);
     Pixel* to = rowOf(half, r);
-    for (int c = 0; c < half.width(); ++c) {
+    const std::ptrdiff_t cols = half.width();
+    for (std::ptrdiff_t c = 0; c < cols; ++c) {
       to[c] = meanOf(upper[2 * c], upper[2 * c + 1], lower[2 * c], lower[2 * c + 1]);
     }
   }

@@ -20,6 +20,7 @@ constexpr double kHeading = 26;
 constexpr double kBottom = 8;
 constexpr int kFewFrames = 60;  // Up to so many each value has a dot.
 constexpr int kFewestAcross = 20;
+constexpr double kRounding = 1e-6;  // Of a mark's number.
 
 QString number(double value) { return QLocale::c().toString(value, 'g', 4); }
 
@@ -112,16 +113,17 @@ void PlotWidget::drawAxis(QPainter& painter, const PlotAxis& axis) const {
   const double gap = inner().height() * axis.step / (axis.high - axis.low);
   const double step = axis.step * std::ceil(QFontMetricsF(small).height() / gap);
   const bool measured = !plots_.verdicts().empty();
-  for (double value = std::ceil(axis.low / step) * step; value <= axis.high + step / 1000;
-       value += step) {
+  const int first = qRound(std::ceil(axis.low / step - kRounding));
+  const int last = qRound(std::floor(axis.high / step + kRounding));
+  for (int i = first; i <= last; ++i) {
+    const double value = i * step;
     const double y = up(axis, value);
     painter.setPen(QPen(theme.line, 1));
     painter.drawLine(QPointF(inner().left(), y), QPointF(inner().right(), y));
     if (!measured) continue;
     painter.setPen(theme.subtle);
-    const double shown = std::fabs(value) < step / 1000 ? 0 : value;
     painter.drawText(QRectF(0, y - 8, kLeft - 6, 16), Qt::AlignRight | Qt::AlignVCenter,
-                     number(shown));
+                     number(value));
   }
 }
 
