@@ -149,27 +149,24 @@ void judgeByOverlap(unsigned char* src, unsigned char* dest, int channels, const
   }
 }
 
-void blendFrom(const unsigned char* frame) {
+void blend(unsigned char* dest) {
   const std::lock_guard lock(framequilt::mosaicMutex());
-  framequilt::BlendResult result = {outbordLeftCpu,     outbordRightCpu, flagsCpu.position,
-                                    theSorImageInfoCpu, mosaicImgCpu,    theSorImageTemp};
-  framequilt::blendFrom(frame,
-                        {mosaicImgCpu, imgScaleRow, imgScaleCol, thedestImageInfoCpu, flagsCpu,
-                         outbordLeftCpu, outbordRightCpu},
-                        result);
+  stitchingImageImageblendCpu(mosaicImgCpu, dest, thedestImageInfoCpu, flagsCpu, outbordLeftCpu,
+                              outbordRightCpu, {}, outbordLeftCpu, outbordRightCpu,
+                              flagsCpu.position, theSorImageInfoCpu, mosaicImgCpu, theSorImageTemp);
 }
 
 /// Blends the frame, which lies in `thedestImageScale`, where it is wanted blended, and by motion
 /// is to be remembered as it is in `thedestImage_pre`. Buffers that change places spare a copy
 /// where they hold the same.
-void blendAndRemember() {
+void blendAndRemember(unsigned char* dest) {
   const imgInfo& info = thedestImageInfoCpu;
   const bool changePlaces = GStitchMode != 0 && imgScaleRow == info.rows &&
                             imgScaleCol == info.cols &&
                             theSorImageInfoCpu.channels == info.channels;
   if (!changePlaces) {
     if (GStitchMode != 0) rememberFrame(theSorImageInfoCpu.channels);
-    blendFrom(thedestImageScale);
+    blend(dest);
     return;
   }
   framequilt::exchange(thedestImage_pre, thedestImageScale);
@@ -179,7 +176,8 @@ void blendAndRemember() {
       std::memcpy(thedestImageScale, thedestImage_pre, workingBytes(info.channels));
     }
   });
-  blendFrom(thedestImage_pre);
+  const framequilt::BlendFrom original(thedestImage_pre);
+  blend(dest);
   blended = true;
 }
 
@@ -206,15 +204,18 @@ class LentReference {
     if (lent_) framequilt::exchange(theSorImageTemp, theSorImageScale);
   }
   ~LentReference() {
-    // The next frame is matched against the reference of this call again.
-    if (lent_) {
-      std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
-    }
+    if (lent_) restore();
   }
   LentReference(const LentReference&) = delete;
   LentReference& operator=(const LentReference&) = delete;
 
   unsigned char* image() const { return lent_ ? theSorImageScale : theSorImageTemp; }
+
+  /// The next frame is matched against the reference of this call again.
+  void restore() {
+    lent_ = false;
+    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
+  }
 
   /// The next reference is in its place.
   void forget() { lent_ = false; }
@@ -279,13 +280,15 @@ int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameInd
     estimated =
         estimateOffset(first, dest, frameIndex, frameScale, theSorImageInfoCpu, thedestImageInfoCpu,
                        outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
-    if (estimated && flagsCpu.stitch_flags == 1 && canBlend()) {
+    const bool qualifies = estimated && flagsCpu.stitch_flags == 1;
+    if (qualifies && canBlend()) {
       const int distance = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol).distance;
-      blendAndRemember();
+      blendAndRemember(dest);
       reference.forget();
       framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(distance));
-    } else if (estimated && GStitchMode != 0) {
-      rememberFrame(theSorImageInfoCpu.channels);
+    } else {
+      if (estimated && GStitchMode != 0) rememberFrame(theSorImageInfoCpu.channels);
+      if (qualifies) reference.restore();
     }
   }
 
