@@ -48,7 +48,10 @@ bool findCornersOfBoth(imgInfo info) {
   const bool helps = planeSize(info.rows, info.cols) >= kFewestPixelsToHelp;
   framequilt::laneOne().request();
   framequilt::laneTwo().request(/*wakes=*/!helps);
-  if (helps) framequilt::laneTwo().serveHere([] { return framequilt::findAndDescribeNewFrame(); });
+  if (helps) {
+    framequilt::laneTwo().serveHere([] { return framequilt::findAndDescribeNewFrame(); });
+    framequilt::laneOne().lookOutForEnd();
+  }
   const bool one = framequilt::laneOne().await();
   const bool two = framequilt::laneTwo().await();
   return one && two;
