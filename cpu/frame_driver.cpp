@@ -17,6 +17,7 @@
 #include "cpu/working_buffers.h"
 #include "framequilt/framequilt.h"
 #include "framequilt/tuning.h"
+#include "imaging/disjoint.h"
 #include "imaging/imaging_state.h"
 #include "imaging/motion.h"
 #include "imaging/overlap.h"
@@ -233,8 +234,17 @@ bool estimateOffset(unsigned char* src, unsigned char* dest, int frameIndex, int
     return false;
   }
   const int channels = srcInfo.channels;
-  bringToWorkingSize(dest, destInfo, frameScale, thedestImageScale,
-                     framequilt::newFrameCapacity(destInfo.channels));
+  const imgInfo working = {0, channels, imgScaleRow, imgScaleCol};
+  const bool copiesBeside =
+      frameIndex != 0 && frameScale == 1 && destInfo.channels == channels &&
+      framequilt::paysToCopyBeside(working) &&
+      framequilt::disjoint(src, workingBytes(channels), thedestImageScale,
+                           workingBytes(channels)) &&
+      framequilt::disjoint(dest, workingBytes(channels), thedestImageScale, workingBytes(channels));
+  if (!copiesBeside) {
+    bringToWorkingSize(dest, destInfo, frameScale, thedestImageScale,
+                       framequilt::newFrameCapacity(destInfo.channels));
+  }
   if (frameIndex != 0) {
     if (src != theSorImageScale) std::memcpy(theSorImageScale, src, workingBytes(channels));
   } else {
@@ -250,10 +260,12 @@ bool estimateOffset(unsigned char* src, unsigned char* dest, int frameIndex, int
   }
 
   framequilt::allocatePairPlanes();
-  if (!imageMosaicFun(theSorImageScale, thedestImageScale, {0, channels, imgScaleRow, imgScaleCol},
-                      flags.offsetX, flags.offsetY, flags.matchNum)) {
-    return false;
-  }
+  const bool found = copiesBeside ? framequilt::offsetWhileCopying(
+                                        theSorImageScale, dest, thedestImageScale, working,
+                                        flags.offsetX, flags.offsetY, flags.matchNum)
+                                  : imageMosaicFun(theSorImageScale, thedestImageScale, working,
+                                                   flags.offsetX, flags.offsetY, flags.matchNum);
+  if (!found) return false;
   if (GStitchMode != 0) {
     judgeByMotion(destInfo, flags);
   } else {
