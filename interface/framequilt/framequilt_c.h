@@ -112,7 +112,8 @@ enum framequilt_stage {
 
 /// Receives one fixed line of the engine: `line` has `length` bytes and a zero behind them, no line
 /// end, and is not always UTF-8; it is gone after the call. Calls come from the thread that uses
-/// the session and from the engine's own, never two at once. Must not call the library.
+/// the session and from the engine's own, which may have something to say between two calls, too;
+/// never two at once, and none after `framequilt_stop`. Must not call the library.
 typedef void (*framequilt_log_function)(const char* line, size_t length, void* user);
 
 /// Called on the thread of `framequilt_add` with a `framequilt_stage` and the number of the frame;

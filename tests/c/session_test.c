@@ -1,11 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 // Opening, stopping, saving, and the functions that a session calls.
+#include <stdatomic.h>
+
 #include "camera.h"
 
+// Counted on the engine's threads, too, while no call is under way.
 typedef struct Lines {
-  int count;
-  int searches;
-  int ends;
+  atomic_int count;
+  atomic_int searches;
+  atomic_int ends;
 } Lines;
 
 static void countLine(const char* line, size_t length, void* user) {
