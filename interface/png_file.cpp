@@ -23,8 +23,8 @@ namespace {
 
 namespace fs = std::filesystem;
 
-/// More gains a few percent of the size and takes several times as long.
-constexpr int kCompressionLevel = 3;
+/// More gains a tenth of the size at most, and takes twice as long and longer.
+constexpr int kCompressionLevel = 1;
 
 /// What libpng writes to, and why it could not.
 struct Output {
