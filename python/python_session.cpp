@@ -61,7 +61,7 @@ PythonSession::PythonSession(SessionOptions options, py::object onProgress)
 PythonSession::~PythonSession() {
   if (openSession() == this) openSession() = nullptr;
   // The engine's threads may wait for the interpreter while they end.
-  const py::gil_scoped_release others;
+  const OthersRun othersRun;
   session_.reset();
 }
 

@@ -3,6 +3,8 @@
 
 #include <cstddef>
 #include <mutex>
+#include <string>
+#include <utility>
 
 #include "framequilt/report_sink.h"
 #include "python/library_call.h"
@@ -12,14 +14,12 @@ namespace py = pybind11;
 namespace framequilt::python {
 namespace {
 
-thread_local bool inSink = false;
-
 void drop(const char* /*line*/, std::size_t /*length*/, void* /*context*/) {}
 
 /// Gives a line to the callable that is the context. Comes from any thread.
 void handOver(const char* line, std::size_t length, void* context) {
   const py::gil_scoped_acquire interpreter;
-  inSink = true;
+  const InReportSink inSink;
   try {
     const auto text = py::reinterpret_steal<py::object>(
         PyUnicode_DecodeUTF8(line, static_cast<py::ssize_t>(length), "replace"));
@@ -28,7 +28,6 @@ void handOver(const char* line, std::size_t length, void* context) {
     // Nobody above could take it.
     failure.discard_as_unraisable("a report sink of framequilt");
   }
-  inSink = false;
 }
 
 /// Whom the library has; changed without the interpreter, as the former may be waiting for it.
@@ -57,8 +56,6 @@ void setSink(const py::object& sink) {
 }
 
 }  // namespace
-
-bool isInReportSink() { return inSink; }
 
 void bindReportSink(py::module_& module) {
   setReportSink(drop, nullptr);
