@@ -29,6 +29,17 @@ def test_python_document():
         assert printed.getvalue() == expected
 
 
+def test_readme_shows_a_session():
+    ((code, _),) = blocks_of("README.md")
+    code = code.replace("rows=480, cols=640", "rows=160, cols=240")
+    names = {"frames": [cut(scene(), corner) for corner in PATH]}
+    printed = io.StringIO()
+    with contextlib.redirect_stdout(printed):
+        exec(compile(code, "README.md", "exec"), names)
+    assert printed.getvalue().splitlines()[-1] == "<FrameResult: frame 2 joined at (120, 30)>"
+    assert names["mosaic"].shape == (190, 360, 3)
+
+
 def test_docstring_of_the_package():
     code = framequilt.__doc__.split("import framequilt\n", 1)[1].split("\nCoordinates", 1)[0]
     code = "\n".join(line[4:] for line in code.splitlines())
