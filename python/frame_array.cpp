@@ -33,7 +33,7 @@ PixelOrder usualOrder(py::ssize_t channels) {
 std::string textOf(const py::object& object) { return py::str(object).cast<std::string>(); }
 
 py::array bytesOf(const py::object& frame, const std::string& name) {
-  const py::array array = py::array::ensure(frame);
+  py::array array = py::array::ensure(frame);
   if (!array || array.dtype().kind() == 'O') {
     throw py::type_error(name + " is of type '" + Py_TYPE(frame.ptr())->tp_name +
                          "': give a numpy array of uint8");

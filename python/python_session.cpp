@@ -107,7 +107,7 @@ py::array PythonSession::copyRegion(const cv::Rect& region) const {
 }
 
 /// What the callback raises ends the frame where that is still possible, and leaves through `add`.
-bool PythonSession::report(const Progress& progress) noexcept {
+bool PythonSession::report(const Progress& progress) {
   const py::gil_scoped_acquire interpreter;
   try {
     const py::object answer = onProgress_(progress);

@@ -46,7 +46,7 @@ class PythonSession {
 
  private:
   class Turn;
-  bool report(const Progress& progress) noexcept;
+  bool report(const Progress& progress);
 
   SessionOptions options_;
   pybind11::object onProgress_;
