@@ -262,6 +262,12 @@ def test_other_shapes(shape, order, message):
         assert session.add(cut(scene(channels=1), PATH[1])).placement == (60, 20)
 
 
+def test_more_rows_than_anything_has():
+    with open_session() as session:
+        with pytest.raises(framequilt.InputError, match=r"^frame 0 has the shape .*: give smaller"):
+            session.add(np.broadcast_to(np.uint8(1), (2**31, 2)))
+
+
 def test_unknown_pixel_order():
     with open_session() as session:
         with pytest.raises(ValueError, match="^'cmyk' is no PixelOrder: give one of 'bgr', 'rgb'"):
