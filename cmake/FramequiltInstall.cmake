@@ -37,6 +37,9 @@ install(FILES LICENSE README.md CHANGELOG.md DESTINATION ${CMAKE_INSTALL_DOCDIR}
         COMPONENT runtime)
 
 if(TARGET framequilt_tool)
+  # Pages that the program writes carry this viewer.
+  install(FILES tools/framequilt/page/openseadragon/LICENSE.txt
+          DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME LICENSE.openseadragon COMPONENT runtime)
   file(RELATIVE_PATH framequilt_lib_from_bin
        /${CMAKE_INSTALL_BINDIR} /${CMAKE_INSTALL_LIBDIR})
   set_target_properties(framequilt_tool PROPERTIES

@@ -3,8 +3,10 @@
 
 #include <framequilt/session.h>
 
+#include <filesystem>
 #include <memory>
 #include <opencv2/core/mat.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -15,6 +17,7 @@
 #include "tools/framequilt/interruption.h"
 #include "tools/framequilt/outlines.h"
 #include "tools/framequilt/path_text.h"
+#include "tools/framequilt/placements_text.h"
 #include "tools/framequilt/report_json.h"
 #include "tools/framequilt/stitch_log.h"
 #include "tools/framequilt/stitch_loop.h"
@@ -32,7 +35,8 @@ Console::Amount amountOf(const StitchOptions& options) {
 
 std::unique_ptr<FrameSource> openSource(const StitchOptions& options, Console& console) {
   InputSettings settings;
-  settings.output = options.output;
+  settings.outputs = {options.output};
+  if (!options.omeTiff.empty()) settings.outputs.emplace_back(options.omeTiff);
   settings.every = options.every;
   settings.note = [&console](const std::string& text) { console.remark(text); };
   settings.interrupted = Interruption::wanted;
@@ -92,6 +96,11 @@ std::vector<FrameOutline> outlinesOf(const StitchLog& log, const Picture& pictur
   return outlines;
 }
 
+std::optional<double> mosaicPixelSize(const StitchOptions& options, int scale) {
+  if (!options.pixelSize) return std::nullopt;
+  return *options.pixelSize * scale;
+}
+
 std::string sourceText(const FrameSource& source) {
   std::string lines;
   if (source.skipped() > 0) lines += "left out: " + std::to_string(source.skipped()) + "\n";
@@ -101,11 +110,18 @@ std::string sourceText(const FrameSource& source) {
   return lines;
 }
 
-std::string mosaicText(const cv::Mat& mosaic) {
-  if (mosaic.empty()) {
-    return "no mosaic written: nothing could be joined; each frame should share about half with "
-           "the one before\n";
+/// Where there is something to open in a browser.
+std::string pagesText(const StitchOptions& options, bool written) {
+  std::string lines;
+  if (written && !options.pyramid.empty()) {
+    lines += "page: " + (std::filesystem::path(options.pyramid) / "index.html").string() + "\n";
   }
+  if (!options.reportHtml.empty()) lines += "page: " + options.reportHtml + "\n";
+  return lines;
+}
+
+std::string mosaicText(const cv::Mat& mosaic) {
+  if (mosaic.empty()) return std::string(kNoMosaic) + "\n";
   return "mosaic: " + std::to_string(mosaic.cols) + " x " + std::to_string(mosaic.rows) +
          " pixels, " + (mosaic.channels() == 1 ? "gray" : "colour") + "\n";
 }
@@ -129,17 +145,19 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
 
   const Picture picture = pictureOf(session, options.crop == kCropNothing);
   const bool written = !picture.pixels.empty();
+  const std::string report = reportJson(
+      options,
+      {session.backend(), session.scale(), picture.pixels.size(), picture.first, source->skipped(),
+       source->dropped(), end.full, end.interrupted, cv::Size(shape.cols, shape.rows)},
+      log);
+  if (written) outputs.publishMosaic(picture.pixels);
+  outputs.publishReport(report);
   if (written) {
-    outputs.publishMosaic(picture.pixels);
-    outputs.publishPlacements(log.placementsCsv());
+    outputs.publishPlacements(placementsText(log, options.placements));
+    outputs.publishOmeTiff(picture.pixels, mosaicPixelSize(options, session.scale()));
+    outputs.publishPyramid(picture.pixels, report);
   }
-  if (outputs.wantsReport()) {
-    outputs.publishReport(
-        reportJson(options,
-                   {session.backend(), session.scale(), picture.pixels.size(), picture.first,
-                    source->skipped(), source->dropped(), end.full, end.interrupted},
-                   log));
-  }
+  outputs.publishReportPage(picture.pixels, report);
   // Last, since it takes a second copy of the mosaic.
   if (written && outputs.wantsOutlines()) {
     outputs.publishOutlines(
@@ -149,6 +167,7 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
     std::ostream& summary = options.writesToStandardOutput() ? streams.notes : streams.out;
     summary << log.countsText() << sourceText(*source) << mosaicText(picture.pixels);
     if (written) summary << log.timesText() << "written to: " << options.output << "\n";
+    summary << pagesText(options, written);
   }
   return written ? kMosaicWritten : kNothingJoined;
 }
