@@ -39,8 +39,8 @@ class GradientTable {
 
   /// Both in one number.
   std::uint16_t entry(int dx, int dy) const { return entries_[index(dx, dy)]; }
-  static std::uint16_t binOf(std::uint16_t entry) { return entry % kOrientationBins; }
-  static std::uint16_t magnitudeOf(std::uint16_t entry) { return entry / kOrientationBins; }
+  static int binOf(std::uint16_t entry) { return entry % kOrientationBins; }
+  static int magnitudeOf(std::uint16_t entry) { return entry / kOrientationBins; }
 
  private:
   static constexpr int kLargest = 255;

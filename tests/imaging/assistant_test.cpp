@@ -52,7 +52,9 @@ TEST_F(AnAssistant, WorksOnTheThreadThatIsLent) {
 }
 
 TEST_F(AnAssistant, IsWaitedForAtTheEndOfItsScope) {
-  { const Assistant assistant(true, [this] { ++done_; }); }
+  {
+    const Assistant assistant(true, [this] { ++done_; });
+  }
   EXPECT_EQ(done_, 1);
 }
 
