@@ -294,7 +294,8 @@ int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameInd
                        outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
     const bool qualifies = estimated && flagsCpu.stitch_flags == 1;
     if (qualifies && canBlend()) {
-      const int distance = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol).distance;
+      const unsigned distance =
+          framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol).distance;
       blendAndRemember(dest);
       reference.forget();
       framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(distance));

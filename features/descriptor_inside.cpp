@@ -35,6 +35,8 @@ template <int Bytes>
 struct AddHistograms {
   typedef std::uint16_t Entries __attribute__((vector_size(Bytes)));
   static constexpr std::ptrdiff_t kWidth = Bytes / 2;
+  static constexpr std::uint16_t kBinOfEntry = kOrientationBins - 1;
+  static constexpr auto kMagnitudeOfEntry = static_cast<std::uint16_t>(~kBinOfEntry);
 
   FRAMEQUILT_ROUTINE void run(const CellGradients& gradients, CellHistograms& histograms) {
     for (std::ptrdiff_t lane = 0; lane < kLanes; lane += kWidth) {
@@ -45,10 +47,11 @@ struct AddHistograms {
       for (std::uint16_t bin = 0; bin < kOrientationBins; ++bin) {
         Entries sums = {};
         for (const Entries& entry : entries) {
-          const Entries belongs = (Entries)((entry & 7) == bin);
-          sums += belongs & entry & static_cast<std::uint16_t>(~7);
+          const Entries belongs = (Entries)((entry & kBinOfEntry) == bin);
+          // The magnitudes, still times the number of bins: they fit.
+          sums += belongs & entry & kMagnitudeOfEntry;
         }
-        sums >>= 3;
+        sums /= kOrientationBins;
         __builtin_memcpy(histograms.bins[bin] + lane, &sums, sizeof(sums));
       }
     }
