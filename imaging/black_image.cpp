@@ -107,6 +107,8 @@ cv::Mat blackImage(int rows, int cols, int type) {
   cv::Mat image;
   image.allocator = allocator;
   image.create(rows, cols, type);
+  // OpenCV tries its own allocator where another one fails.
+  if (image.u->currAllocator != allocator) image.setTo(cv::Scalar::all(0));
   // What a host makes of its header later is not ours.
   image.allocator = nullptr;
   return image;

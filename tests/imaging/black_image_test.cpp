@@ -50,10 +50,6 @@ TEST(BlackImage, HeaderCanBeGivenOtherMemory) {
   EXPECT_EQ(cv::countNonZero(image.reshape(1) != 7), 0);
 }
 
-TEST(BlackImage, TooLargeForTheMachineIsAnErrorOfOpencv) {
-  EXPECT_THROW(blackImage(2000000000, 2000000000, CV_8UC3), cv::Exception);
-}
-
 TEST(CopyToBlack, IsACopyWithAnyThreadsAndWhateverIsBlack) {
   cv::Mat from = cv::Mat::zeros(kRows, kCols, CV_8UC3);
   // Single bytes at the ends of rows and of pages, and an area.
