@@ -8,10 +8,8 @@
 
 #include <CLI/CLI.hpp>
 #include <cstdio>
-#include <cstdlib>
 #include <fstream>
 #include <opencv2/core.hpp>
-#include <opencv2/core/ocl.hpp>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -37,12 +35,6 @@ struct Wishes {
   int largestScansPixels = 3840 * 2160;
   std::string json;
 };
-
-/// Everything runs on the processor, on every machine. Before the first call of OpenCL.
-void hideOpencl() {
-  setenv("OCL_ICD_VENDORS", "/nowhere", /*overwrite=*/1);
-  cv::ocl::setUseOpenCL(false);
-}
 
 int usableProcessors() {
   cpu_set_t set;
@@ -111,7 +103,7 @@ int runProgram(int argc, char** argv) {
   app.add_option("--json", wishes.json, "File for everything that was measured");
   CLI11_PARSE(app, argc, argv);
 
-  hideOpencl();
+  useHostAlone();
   cv::setNumThreads(wishes.threads);
   const framequilt::tool::EngineLines quiet(false);
 

@@ -4,7 +4,9 @@
 #include <malloc.h>
 #include <time.h>
 
+#include <cstdlib>
 #include <fstream>
+#include <opencv2/core/ocl.hpp>
 
 namespace framequilt::bench {
 namespace {
@@ -60,6 +62,11 @@ std::optional<std::int64_t> PeakMemory::bytes() const {
   const std::optional<std::int64_t> peak = statusBytes("VmHWM");
   if (!peak || !atStart_) return std::nullopt;
   return *peak - *atStart_;
+}
+
+void useHostAlone() {
+  setenv("OCL_ICD_VENDORS", "/nowhere", /*overwrite=*/1);
+  cv::ocl::setUseOpenCL(false);
 }
 
 std::string processorName() {

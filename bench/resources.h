@@ -36,6 +36,9 @@ class PeakMemory {
 };
 
 /// The processor's name, as the system gives it.
+/// Everything runs on the processor, on every machine. Before the first call of OpenCL.
+void useHostAlone();
+
 std::string processorName();
 
 }  // namespace framequilt::bench

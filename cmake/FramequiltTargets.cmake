@@ -20,6 +20,15 @@ function(framequilt_target_defaults target)
     CXX_EXTENSIONS OFF CXX_VISIBILITY_PRESET hidden VISIBILITY_INLINES_HIDDEN ON)
 endfunction()
 
+# What every program in C is built with: the language as it is defined, and nothing beside it.
+function(framequilt_c_target_defaults target)
+  target_compile_options(${target} PRIVATE
+    -ffp-contract=off -pedantic -Wall -Wextra -Wshadow -Wconversion
+    $<$<BOOL:${FRAMEQUILT_WERROR}>:-Werror>)
+  set_target_properties(${target} PROPERTIES
+    C_STANDARD 11 C_STANDARD_REQUIRED ON C_EXTENSIONS OFF)
+endfunction()
+
 # Exports exactly the names in `list`: one a line, functions of C++ as they demangle.
 # Templates of the standard library would be exported beside them otherwise.
 function(framequilt_limit_exports target list)

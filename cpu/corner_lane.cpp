@@ -2,6 +2,7 @@
 #include "cpu/corner_lane.h"
 
 #include <chrono>
+#include <thread>
 #include <utility>
 
 #include "cpu/run_state.h"
@@ -10,6 +11,20 @@ namespace framequilt {
 namespace {
 
 constexpr std::chrono::milliseconds kLookAtFlags{1};
+/// Longer than from one step of a frame to the next.
+constexpr std::chrono::microseconds kLookOut{300};
+
+/// Waits for `happened` without sleeping, where another processor can make it happen.
+template <class Happened>
+void lookOut(Happened happened) {
+  static const bool hasTwo = std::thread::hardware_concurrency() > 1;
+  const auto end = std::chrono::steady_clock::now() + kLookOut;
+  while (hasTwo && !happened() && std::chrono::steady_clock::now() < end) {
+#if defined(__x86_64__) && defined(__GNUC__)
+    __builtin_ia32_pause();
+#endif
+  }
+}
 
 }  // namespace
 
@@ -45,6 +60,10 @@ void CornerLane::request(bool wakes) {
   if (wakes) changed_.notify_all();
 }
 
+void CornerLane::lookOutForEnd() {
+  lookOut([this] { return !request_; });
+}
+
 bool CornerLane::await(Abandoned abandoned) {
   std::unique_lock lock(mutex_);
   while (request_) {
@@ -64,14 +83,49 @@ void CornerLane::enter() {
 }
 
 void CornerLane::leave() {
-  const std::lock_guard lock(mutex_);
-  --serving_;
-  changed_.notify_all();
+  {
+    const std::lock_guard lock(mutex_);
+    --serving_;
+    changed_.notify_all();
+  }
+  workForOthers();  // Nobody lends a worker that does not serve.
 }
 
-void CornerLane::waitForRequest() {
+bool CornerLane::lend(const std::function<void()>& work) {
+  const std::lock_guard lock(mutex_);
+  if (!lends_ || serving_ == 0 || !run_ || request_ || lent_ != nullptr) return false;
+  lent_ = &work;
+  lentTaken_ = false;
+  changed_.notify_all();
+  return true;
+}
+
+void CornerLane::awaitLent() {
+  lookOut([this] { return lent_ == nullptr; });
   std::unique_lock lock(mutex_);
-  changed_.wait_for(lock, kLookAtFlags, [this] { return (request_ && !claimed_) || !run_; });
+  changed_.wait(lock, [this] { return lent_ == nullptr; });
+}
+
+bool CornerLane::workForOthers() {
+  if (lent_ == nullptr) return false;
+  const std::function<void()>* work = nullptr;
+  {
+    const std::lock_guard lock(mutex_);
+    if (lent_ == nullptr || std::exchange(lentTaken_, true)) return false;
+    work = lent_;
+  }
+  (*work)();
+  const std::lock_guard lock(mutex_);
+  lent_ = nullptr;
+  changed_.notify_all();
+  return true;
+}
+
+void CornerLane::waitForRequest(bool looksOut) {
+  const auto isWanted = [this] { return (request_ && !claimed_) || lent_ != nullptr || !run_; };
+  if (looksOut) lookOut(isWanted);
+  std::unique_lock lock(mutex_);
+  changed_.wait_for(lock, kLookAtFlags, isWanted);
 }
 
 bool CornerLane::claim() {
@@ -90,7 +144,8 @@ void CornerLane::finish(bool succeeded) {
 }
 
 CornerLane& laneOne() {
-  static CornerLane& lane = *new CornerLane(startOneThFlag, threadOneCalcFlag, one_pid);
+  static CornerLane& lane =
+      *new CornerLane(startOneThFlag, threadOneCalcFlag, one_pid, /*lends=*/true);
   return lane;
 }
 

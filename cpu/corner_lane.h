@@ -7,6 +7,8 @@
 /// worker reads is published before the request is raised, whatever it writes is read after the
 /// request is clear again. Both sides sleep on a condition variable and look at the flags at least
 /// once a millisecond, since a host may raise or clear a flag directly.
+///
+/// Between two jobs a worker can be lent for other work.
 #pragma once
 
 #include <pthread.h>
@@ -14,15 +16,20 @@
 #include <atomic>
 #include <condition_variable>
 #include <exception>
+#include <functional>
 #include <mutex>
 #include <optional>
 
+#include "imaging/assistant.h"
+
 namespace framequilt {
 
-class CornerLane {
+class CornerLane final : public Lender {
  public:
-  CornerLane(std::atomic<bool>& run, std::atomic<bool>& request, pthread_t& thread)
-      : run_(run), request_(request), thread_(thread) {}
+  /// With `lends` the worker looks out for what comes next before it sleeps, and can be lent.
+  CornerLane(std::atomic<bool>& run, std::atomic<bool>& request, pthread_t& thread,
+             bool lends = false)
+      : run_(run), request_(request), thread_(thread), lends_(lends) {}
   CornerLane(const CornerLane&) = delete;
   CornerLane& operator=(const CornerLane&) = delete;
 
@@ -52,6 +59,12 @@ class CornerLane {
 
   /// Blocks until the request is clear. False when the job failed, or when no worker is there.
   bool await(Abandoned abandoned = Abandoned::kWithdrawn);
+  /// For a moment without sleeping, where nobody else needs the processor: waking takes as long as
+  /// a small step of a frame.
+  void lookOutForEnd();
+
+  bool lend(const std::function<void()>& work) override;
+  void awaitLent() override;
 
   // --- The worker's side ---
 
@@ -67,9 +80,12 @@ class CornerLane {
   template <class Job>
   bool serveUntilRefusal(Job job) {
     enter();
+    bool worked = false;
     while (run_) {
-      waitForRequest();
+      waitForRequest(/*looksOut=*/worked && lends_);
+      worked = workForOthers();
       while (claim()) {
+        worked = true;
         const std::optional<bool> succeeded = outcomeOf(job);
         if (!succeeded) {
           leave();
@@ -96,7 +112,9 @@ class CornerLane {
 
   void enter();
   void leave();
-  void waitForRequest();
+  void waitForRequest(bool looksOut);
+  /// False when nobody has lent the worker.
+  bool workForOthers();
   /// Whether there is a request that nobody is working on; the calling thread is from now on.
   bool claim();
   void finish(bool succeeded);
@@ -104,13 +122,16 @@ class CornerLane {
   std::atomic<bool>& run_;
   std::atomic<bool>& request_;
   pthread_t& thread_;
+  const bool lends_;
 
   std::mutex mutex_;
   std::condition_variable changed_;
   int starting_ = 0;  // Threads created that have not reached serve() yet.
   int serving_ = 0;
-  bool claimed_ = false;
+  std::atomic<bool> claimed_{false};
   bool failed_ = false;
+  std::atomic<const std::function<void()>*> lent_{nullptr};
+  bool lentTaken_ = false;
 };
 
 /// Reference image, new frame. Never destroyed: a worker that nobody stopped outlives `main`.

@@ -4,6 +4,7 @@
 #include <pthread.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <cstring>
 
@@ -78,10 +79,12 @@ void describeCorners(const WorkerData& data) {
                          data.scratch, data.descriptors);
 }
 
+std::atomic<bool> newFrameIsGray{false};
+
 /// One job. False when the caller has not provided what it works in.
-bool findAndDescribe(const WorkerData& data) {
+bool findAndDescribe(const WorkerData& data, bool isGray = false) {
   if (data.input == nullptr || data.gray == nullptr || data.descriptors == nullptr) return false;
-  toGray(data);
+  if (!isGray) toGray(data);
   findCorners(data);
   describeCorners(data);
   return true;
@@ -134,7 +137,10 @@ void* findHarrisCornerCoordianteThreadTwo(void* /*unused*/) {
 }
 
 bool framequilt::findAndDescribeNewFrame() {
-  return findAndDescribe({DestImageTwoIn, resiz_Two, DestTempGrayImage, HarrissCornerSPointTwoArray,
-                          FeatureDescriber2, DescribleSymbol1, findHarrisCornerCoordianteFun2,
-                          getRangeCpuTwo});
+  return findAndDescribe(
+      {DestImageTwoIn, resiz_Two, DestTempGrayImage, HarrissCornerSPointTwoArray, FeatureDescriber2,
+       DescribleSymbol1, findHarrisCornerCoordianteFun2, getRangeCpuTwo},
+      newFrameIsGray);
 }
+
+void framequilt::setNewFrameIsGray(bool isGray) noexcept { newFrameIsGray = isGray; }

@@ -31,4 +31,7 @@ namespace framequilt {
 /// not provided what it works in.
 bool findAndDescribeNewFrame();
 
+/// Whether the gray image of the new frame is in its place before the job, whoever does it.
+void setNewFrameIsGray(bool isGray) noexcept;
+
 }  // namespace framequilt

@@ -17,6 +17,7 @@
 #include "cpu/working_buffers.h"
 #include "framequilt/framequilt.h"
 #include "framequilt/tuning.h"
+#include "imaging/disjoint.h"
 #include "imaging/imaging_state.h"
 #include "imaging/motion.h"
 #include "imaging/overlap.h"
@@ -149,27 +150,24 @@ void judgeByOverlap(unsigned char* src, unsigned char* dest, int channels, const
   }
 }
 
-void blendFrom(const unsigned char* frame) {
+void blend(unsigned char* dest) {
   const std::lock_guard lock(framequilt::mosaicMutex());
-  framequilt::BlendResult result = {outbordLeftCpu,     outbordRightCpu, flagsCpu.position,
-                                    theSorImageInfoCpu, mosaicImgCpu,    theSorImageTemp};
-  framequilt::blendFrom(frame,
-                        {mosaicImgCpu, imgScaleRow, imgScaleCol, thedestImageInfoCpu, flagsCpu,
-                         outbordLeftCpu, outbordRightCpu},
-                        result);
+  stitchingImageImageblendCpu(mosaicImgCpu, dest, thedestImageInfoCpu, flagsCpu, outbordLeftCpu,
+                              outbordRightCpu, {}, outbordLeftCpu, outbordRightCpu,
+                              flagsCpu.position, theSorImageInfoCpu, mosaicImgCpu, theSorImageTemp);
 }
 
 /// Blends the frame, which lies in `thedestImageScale`, where it is wanted blended, and by motion
 /// is to be remembered as it is in `thedestImage_pre`. Buffers that change places spare a copy
 /// where they hold the same.
-void blendAndRemember() {
+void blendAndRemember(unsigned char* dest) {
   const imgInfo& info = thedestImageInfoCpu;
   const bool changePlaces = GStitchMode != 0 && imgScaleRow == info.rows &&
                             imgScaleCol == info.cols &&
                             theSorImageInfoCpu.channels == info.channels;
   if (!changePlaces) {
     if (GStitchMode != 0) rememberFrame(theSorImageInfoCpu.channels);
-    blendFrom(thedestImageScale);
+    blend(dest);
     return;
   }
   framequilt::exchange(thedestImage_pre, thedestImageScale);
@@ -179,7 +177,8 @@ void blendAndRemember() {
       std::memcpy(thedestImageScale, thedestImage_pre, workingBytes(info.channels));
     }
   });
-  blendFrom(thedestImage_pre);
+  const framequilt::BlendFrom original(thedestImage_pre);
+  blend(dest);
   blended = true;
 }
 
@@ -206,15 +205,18 @@ class LentReference {
     if (lent_) framequilt::exchange(theSorImageTemp, theSorImageScale);
   }
   ~LentReference() {
-    // The next frame is matched against the reference of this call again.
-    if (lent_) {
-      std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
-    }
+    if (lent_) restore();
   }
   LentReference(const LentReference&) = delete;
   LentReference& operator=(const LentReference&) = delete;
 
   unsigned char* image() const { return lent_ ? theSorImageScale : theSorImageTemp; }
+
+  /// The next frame is matched against the reference of this call again.
+  void restore() {
+    lent_ = false;
+    std::memcpy(theSorImageTemp, theSorImageScale, workingBytes(thedestImageInfoCpu.channels));
+  }
 
   /// The next reference is in its place.
   void forget() { lent_ = false; }
@@ -232,8 +234,17 @@ bool estimateOffset(unsigned char* src, unsigned char* dest, int frameIndex, int
     return false;
   }
   const int channels = srcInfo.channels;
-  bringToWorkingSize(dest, destInfo, frameScale, thedestImageScale,
-                     framequilt::newFrameCapacity(destInfo.channels));
+  const imgInfo working = {0, channels, imgScaleRow, imgScaleCol};
+  const bool copiesBeside =
+      frameIndex != 0 && frameScale == 1 && destInfo.channels == channels &&
+      framequilt::paysToCopyBeside(working) &&
+      framequilt::disjoint(src, workingBytes(channels), thedestImageScale,
+                           workingBytes(channels)) &&
+      framequilt::disjoint(dest, workingBytes(channels), thedestImageScale, workingBytes(channels));
+  if (!copiesBeside) {
+    bringToWorkingSize(dest, destInfo, frameScale, thedestImageScale,
+                       framequilt::newFrameCapacity(destInfo.channels));
+  }
   if (frameIndex != 0) {
     if (src != theSorImageScale) std::memcpy(theSorImageScale, src, workingBytes(channels));
   } else {
@@ -249,10 +260,12 @@ bool estimateOffset(unsigned char* src, unsigned char* dest, int frameIndex, int
   }
 
   framequilt::allocatePairPlanes();
-  if (!imageMosaicFun(theSorImageScale, thedestImageScale, {0, channels, imgScaleRow, imgScaleCol},
-                      flags.offsetX, flags.offsetY, flags.matchNum)) {
-    return false;
-  }
+  const bool found = copiesBeside ? framequilt::offsetWhileCopying(
+                                        theSorImageScale, dest, thedestImageScale, working,
+                                        flags.offsetX, flags.offsetY, flags.matchNum)
+                                  : imageMosaicFun(theSorImageScale, thedestImageScale, working,
+                                                   flags.offsetX, flags.offsetY, flags.matchNum);
+  if (!found) return false;
   if (GStitchMode != 0) {
     judgeByMotion(destInfo, flags);
   } else {
@@ -279,13 +292,16 @@ int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameInd
     estimated =
         estimateOffset(first, dest, frameIndex, frameScale, theSorImageInfoCpu, thedestImageInfoCpu,
                        outbordLeftCpu, outbordRightCpu, mosaicImgCpu, flagsCpu);
-    if (estimated && flagsCpu.stitch_flags == 1 && canBlend()) {
-      const int distance = framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol).distance;
-      blendAndRemember();
+    const bool qualifies = estimated && flagsCpu.stitch_flags == 1;
+    if (qualifies && canBlend()) {
+      const unsigned distance =
+          framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol).distance;
+      blendAndRemember(dest);
       reference.forget();
       framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(distance));
-    } else if (estimated && GStitchMode != 0) {
-      rememberFrame(theSorImageInfoCpu.channels);
+    } else {
+      if (estimated && GStitchMode != 0) rememberFrame(theSorImageInfoCpu.channels);
+      if (qualifies) reference.restore();
     }
   }
 

@@ -14,6 +14,12 @@
 #include "interface/report.h"
 
 namespace framequilt {
+namespace {
+
+/// Null: the frame lies in `thedestImageScale`.
+const unsigned char* originalOfBlend = nullptr;
+
+}  // namespace
 
 bool blendFrame(const BlendJob& job, const FuseInMosaic& fuseInMosaic, const Fuse& fuse,
                 BlendResult& result) {
@@ -55,27 +61,8 @@ bool blendFrame(const BlendJob& job, const FuseInMosaic& fuseInMosaic, const Fus
   return true;
 }
 
-bool blendFrom(const unsigned char* original, const BlendJob& job, BlendResult& result) {
-  const bool inPlace = original == thedestImageScale;
-  const auto fuseInMosaic = [&](unsigned char* ground, std::ptrdiff_t stride, unsigned char* part,
-                                int channels) {
-    const Feathering feathering = {
-        ground,      stride,      thedestImageScale, part,
-        imgScaleRow, imgScaleCol, channels,          inPlace ? nullptr : original};
-    if (thedestImageScale == nullptr || !canFeather(feathering)) return false;
-    feather(feathering);
-    return true;
-  };
-  // Its result is not looked at: it fails for null images only.
-  const auto fuse = [&](unsigned char* part, int channels) {
-    if (!inPlace) {
-      std::memcpy(thedestImageScale, original, planeSize(imgScaleRow, imgScaleCol, channels));
-    }
-    twoImageFusion(part, thedestImageScale, channels, 0, imgScaleRow, imgScaleCol);
-    return true;
-  };
-  return blendFrame(job, fuseInMosaic, fuse, result);
-}
+BlendFrom::BlendFrom(const unsigned char* original) noexcept { originalOfBlend = original; }
+BlendFrom::~BlendFrom() { originalOfBlend = nullptr; }
 
 }  // namespace framequilt
 
@@ -88,9 +75,27 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
     framequilt::report("stitchingImageImageblend ptr is null");
     return false;
   }
+  const unsigned char* const original = framequilt::originalOfBlend;
+  const auto fuseInMosaic = [original](unsigned char* ground, std::ptrdiff_t stride,
+                                       unsigned char* part, int channels) {
+    const framequilt::Feathering job = {ground,      stride,      thedestImageScale, part,
+                                        imgScaleRow, imgScaleCol, channels,          original};
+    if (thedestImageScale == nullptr || !framequilt::canFeather(job)) return false;
+    framequilt::feather(job);
+    return true;
+  };
+  // Its result is not looked at: it fails for null images only.
+  const auto fuse = [original](unsigned char* part, int channels) {
+    if (original != nullptr) {
+      std::memcpy(thedestImageScale, original,
+                  framequilt::planeSize(imgScaleRow, imgScaleCol, channels));
+    }
+    twoImageFusion(part, thedestImageScale, channels, 0, imgScaleRow, imgScaleCol);
+    return true;
+  };
   framequilt::BlendResult result = {topLeftOut, bottomRightOut, positionOut,
                                     regionInfo, mosaicOut,      region};
-  return framequilt::blendFrom(
-      thedestImageScale, {mosaic, imgScaleRow, imgScaleCol, info, flags, topLeft, bottomRight},
+  return framequilt::blendFrame(
+      {mosaic, imgScaleRow, imgScaleCol, info, flags, topLeft, bottomRight}, fuseInMosaic, fuse,
       result);
 }

@@ -51,9 +51,15 @@ struct BlendResult {
   unsigned char* region;
 };
 
-/// What `stitchingImageImageblendCpu` does, for a frame that lies in `original`: that keeps it, and
-/// `thedestImageScale` receives the result, whatever it held. They may be the same.
-bool blendFrom(const unsigned char* original, const BlendJob& job, BlendResult& result);
+/// While it lives, `stitchingImageImageblendCpu` finds the frame in `original`, which keeps it;
+/// `thedestImageScale` only receives the result, whatever it held. One at a time.
+class BlendFrom {
+ public:
+  explicit BlendFrom(const unsigned char* original) noexcept;
+  ~BlendFrom();
+  BlendFrom(const BlendFrom&) = delete;
+  BlendFrom& operator=(const BlendFrom&) = delete;
+};
 
 /// Mixes the frame into the region that was cut out of the mosaic, in place. False when it cannot.
 using Fuse = std::function<bool(unsigned char* region, int channels)>;

@@ -4,7 +4,7 @@
 #include <algorithm>
 #include <opencv2/core.hpp>
 
-#include "imaging/large_pages.h"
+#include "imaging/black_image.h"
 
 namespace {
 
@@ -59,11 +59,9 @@ void BorderExpand(cv::Mat src, int growRows, int growCols, int dx, int dy, int f
   if (border.empty()) {
     dst = src;
   } else {
-    cv::Mat grown(src.rows + border.top + border.bottom, src.cols + border.left + border.right,
-                  src.type());
-    framequilt::adviseLargePages(grown.data, grown.total() * grown.elemSize());
-    cv::copyMakeBorder(src, grown, border.top, border.bottom, border.left, border.right,
-                       cv::BORDER_CONSTANT, cv::Scalar(0));
+    const cv::Mat grown = framequilt::blackImage(src.rows + border.top + border.bottom,
+                                                 src.cols + border.left + border.right, src.type());
+    framequilt::copyToBlack(src, grown(cv::Rect(border.left, border.top, src.cols, src.rows)));
     dst = grown;
   }
   positionOut = shifted(position, border);

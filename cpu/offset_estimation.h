@@ -18,3 +18,16 @@
 ///         out of memory.
 FRAMEQUILT_EXPORT bool imageMosaicFun(unsigned char* img1, unsigned char* img2, imgInfo info,
                                       int& dx, int& dy, int& matchCount);
+
+namespace framequilt {
+
+/// Whether a new frame is better copied by `offsetWhileCopying`: a colour frame of some size.
+bool paysToCopyBeside(const imgInfo& info) noexcept;
+
+/// `imageMosaicFun` for a new frame that is still to be copied from `frame` to `img2`, which is
+/// done, with the conversion to gray, while the first worker is busy with the reference. None of
+/// the images may touch another.
+bool offsetWhileCopying(unsigned char* img1, const unsigned char* frame, unsigned char* img2,
+                        imgInfo info, int& dx, int& dy, int& matchCount);
+
+}  // namespace framequilt

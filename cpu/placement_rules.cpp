@@ -6,7 +6,7 @@
 #include <mutex>
 #include <opencv2/core.hpp>
 
-#include "imaging/large_pages.h"
+#include "imaging/black_image.h"
 #include "imaging/pixel_math.h"
 #include "imaging/region.h"
 #include "interface/mosaic_lock.h"
@@ -24,10 +24,14 @@ int mosaicType(int channels) { return isColour(channels) ? CV_8UC3 : CV_8UC1; }
 bool placeFrame(unsigned char* frame, int rows, int cols, int channels, SPoint start, SPoint end,
                 cv::Mat& mosaic) {
   const std::lock_guard lock(mosaicMutex());
-  mosaic.create(kFirstMosaicSide, kFirstMosaicSide, mosaicType(channels));
-  const std::size_t bytes = mosaic.total() * mosaic.elemSize();
-  adviseLargePages(mosaic.data, bytes);
-  std::memset(mosaic.data, 0, bytes);
+  const int type = mosaicType(channels);
+  if (mosaic.rows == kFirstMosaicSide && mosaic.cols == kFirstMosaicSide && mosaic.type() == type &&
+      mosaic.isContinuous()) {
+    // A run that begins anew keeps its memory, which a host may be looking at.
+    std::memset(mosaic.data, 0, mosaic.total() * mosaic.elemSize());
+  } else {
+    mosaic = blackImage(kFirstMosaicSide, kFirstMosaicSide, type);
+  }
   return willSmallImgToBigImgAssignRowCol(frame, rows, cols, start.y, end.y, start.x, end.x,
                                           mosaic.rows, mosaic.cols, channels, mosaic.data);
 }

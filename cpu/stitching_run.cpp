@@ -10,6 +10,7 @@
 #include "features/corner_budget.h"
 #include "features/features_state.h"
 #include "framequilt/tuning.h"
+#include "imaging/assistant.h"
 #include "imaging/gray.h"
 #include "imaging/pixel_math.h"
 #include "imaging/run_buffer.h"
@@ -25,6 +26,7 @@ bool hasWorkers() { return one_pid != 0 || two_pid != 0; }
 /// Ends the workers of a run that was started and not stopped.
 void stopFormerWorkers() {
   if (!hasWorkers()) return;
+  framequilt::setLender(nullptr);
   laneOne().dismiss();
   laneTwo().dismiss();
   laneOne().join();
@@ -79,6 +81,7 @@ bool initJointCpu(int rows, int cols, int channels, int cornerBudget, int maxRow
   MAXROW = maxRow;
   MAXCOL = maxCol;
   framequilt::allocateRunBuffers(rows, cols, channels);
+  framequilt::setLender(&laneOne());
   flagsCpu = {};
   outbordLeftCpu = {};
   outbordRightCpu = {};
@@ -86,6 +89,7 @@ bool initJointCpu(int rows, int cols, int channels, int cornerBudget, int maxRow
 }
 
 bool uninitJointCpu() {
+  framequilt::setLender(nullptr);
   laneOne().dismiss();
   laneTwo().dismiss();
   framequilt::report(laneOne().join() ? "pthread_join model_pid success"

@@ -33,9 +33,14 @@ class GradientTable {
   GradientTable();
 
   GradientBin operator()(int dx, int dy) const {
-    const int entry = entries_[index(dx, dy)];
-    return {entry % kOrientationBins, entry / kOrientationBins};
+    const std::uint16_t found = entry(dx, dy);
+    return {binOf(found), magnitudeOf(found)};
   }
+
+  /// Both in one number.
+  std::uint16_t entry(int dx, int dy) const { return entries_[index(dx, dy)]; }
+  static int binOf(std::uint16_t entry) { return entry % kOrientationBins; }
+  static int magnitudeOf(std::uint16_t entry) { return entry / kOrientationBins; }
 
  private:
   static constexpr int kLargest = 255;

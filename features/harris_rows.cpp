@@ -69,6 +69,8 @@ struct AddResponses {
   /// Blocks that the responses are behind the smoothing downwards: what that wrote has left the
   /// write buffer.
   static constexpr int kLag = 2;
+  /// Responses that are added beside each block.
+  static constexpr std::ptrdiff_t kAdded = std::ptrdiff_t{2} * kBlock;
 
   struct Weights {
     Floats tap[kHarrisTaps];
@@ -133,9 +135,9 @@ struct AddResponses {
         respond(weights, tuning.k, job.smooth[0], ready, job.response[0]);
         respond(weights, tuning.k, job.smooth[1], ready, job.response[1]);
       }
-      if (end - next < 2 * kBlock) continue;
-      for (int i = 0; i < 2 * kBlock; ++i) sum += next[i];
-      next += 2 * kBlock;
+      if (end - next < kAdded) continue;
+      for (std::ptrdiff_t i = 0; i < kAdded; ++i) sum += next[i];
+      next += kAdded;
     }
     for (; next < end; ++next) sum += *next;
     return sum;

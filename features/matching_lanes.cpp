@@ -2,9 +2,12 @@
 #include "features/matching_lanes.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <limits>
+#include <new>
 
+#include "imaging/assistant.h"
 #include "imaging/cpu_level.h"
 
 namespace framequilt {
@@ -104,6 +107,62 @@ std::vector<float> sideBySide(const DescriptorSets& sets, std::size_t blocks) {
   return lanes;
 }
 
+/// In pixels of a frame that take as long.
+std::size_t workOf(const DescriptorSets& sets) {
+  constexpr std::size_t kElementsPerPixel = 16;
+  return static_cast<std::size_t>(sets.countA) * static_cast<std::size_t>(sets.countB) *
+         static_cast<std::size_t>(sets.length) / kElementsPerPixel;
+}
+
+/// Finds the matches of the descriptors [begin, end) of B. The distances of the last one of all go
+/// to `dist`.
+class Matcher {
+ public:
+  Matcher(const DescriptorSets& sets, float ratio)
+      : sets_(sets),
+        ratio_(ratio),
+        countA_(static_cast<std::size_t>(sets.countA)),
+        length_(static_cast<std::size_t>(sets.length)),
+        blocks_((countA_ + kLanes - 1) / kLanes),
+        lanes_(sideBySide(sets, blocks_)) {}
+
+  /// From any thread.
+  void match(std::size_t begin, std::size_t end, float* dist, std::vector<SPoint>& matches) const {
+    const std::size_t rowLength = blocks_ * kLanes;
+    std::vector<float> wanted(kTogether * length_);
+    std::vector<float> distances(kTogether * rowLength);
+    for (std::size_t first = begin; first < end; first += kTogether) {
+      const std::size_t together = std::min(kTogether, end - first);
+      std::copy_n(sets_.b + first * length_, together * length_, wanted.begin());
+      Leveled<Distances>::call(lanes_.data(), blocks_, wanted.data(), length_, distances.data());
+      for (std::size_t j = 0; j < together; ++j) {
+        float* const row = distances.data() + j * rowLength;
+        std::fill(row + countA_, row + rowLength, kFar);
+        const Nearest nearest = nearestOf(row);
+        if (ratio_ > nearest.best / nearest.second) {
+          matches.push_back({static_cast<int>(first + j), nearest.index});
+        }
+        if (first + j + 1 < static_cast<std::size_t>(sets_.countB)) continue;
+        std::copy_n(row, countA_, dist);
+        dist[nearest.index] = *std::max_element(row, row + countA_);
+      }
+    }
+  }
+
+ private:
+  Nearest nearestOf(const float* row) const {
+    Nearest nearest = Leveled<NearestTwo>::call(row, blocks_);
+    // A lone one is its own second.
+    if (countA_ == 1) nearest.second = nearest.best;
+    return nearest;
+  }
+
+  const DescriptorSets& sets_;
+  const float ratio_;
+  const std::size_t countA_, length_, blocks_;
+  const std::vector<float> lanes_;
+};
+
 }  // namespace
 
 bool suitsLanes(const DescriptorSets& sets) {
@@ -121,33 +180,24 @@ bool suitsLanes(const DescriptorSets& sets) {
 
 void matchInLanes(const DescriptorSets& sets, float* dist, float ratio,
                   std::vector<SPoint>& matches) {
-  const auto countA = static_cast<std::size_t>(sets.countA);
-  const auto length = static_cast<std::size_t>(sets.length);
-  const std::size_t blocks = (countA + kLanes - 1) / kLanes;
-  const std::size_t rowLength = blocks * kLanes;
-  const std::vector<float> lanes = sideBySide(sets, blocks);
-  std::vector<float> wanted(kTogether * length);
-  std::vector<float> distances(kTogether * rowLength);
-
+  const Matcher matcher(sets, ratio);
   const auto countB = static_cast<std::size_t>(sets.countB);
-  for (std::size_t first = 0; first < countB; first += kTogether) {
-    const std::size_t together = std::min(kTogether, countB - first);
-    std::copy_n(sets.b + first * length, together * length, wanted.begin());
-    Leveled<Distances>::call(lanes.data(), blocks, wanted.data(), length, distances.data());
-    for (std::size_t j = 0; j < together; ++j) {
-      float* const row = distances.data() + j * rowLength;
-      std::fill(row + countA, row + rowLength, kFar);
-      Nearest nearest = Leveled<NearestTwo>::call(row, blocks);
-      // A lone one is its own second.
-      if (countA == 1) nearest.second = nearest.best;
-      if (ratio > nearest.best / nearest.second) {
-        matches.push_back({static_cast<int>(first + j), nearest.index});
-      }
-      if (first + j + 1 < countB) continue;
-      std::copy_n(row, countA, dist);
-      dist[nearest.index] = *std::max_element(row, row + countA);
+  const std::size_t half = countB / 2;
+  std::vector<SPoint> ofSecondHalf;
+  ofSecondHalf.reserve(countB - half);
+  // Its own memory is all that can be wanting then.
+  std::atomic<bool> failed{false};
+  Assistant assistant(paysForTwo(workOf(sets)), [&] {
+    try {
+      matcher.match(half, countB, dist, ofSecondHalf);
+    } catch (const std::bad_alloc&) {
+      failed = true;
     }
-  }
+  });
+  matcher.match(0, assistant.works() ? half : countB, dist, matches);
+  assistant.join();
+  if (failed) throw std::bad_alloc();
+  matches.insert(matches.end(), ofSecondHalf.begin(), ofSecondHalf.end());
 }
 
 }  // namespace framequilt

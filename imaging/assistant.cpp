@@ -3,14 +3,17 @@
 
 #include <atomic>
 #include <system_error>
+#include <utility>
 
 namespace framequilt {
 namespace {
 
-/// Below, starting a thread takes longer than what it saves.
-constexpr std::size_t kFewestPixels = 500000;
+/// Below, waking or starting a thread takes longer than what it saves.
+constexpr std::size_t kFewestToWake = 150000;
+constexpr std::size_t kFewestToStart = 500000;
 
 std::atomic<int> chosen{0};
+std::atomic<Lender*> lenderOfRun{nullptr};
 
 }  // namespace
 
@@ -18,15 +21,22 @@ bool paysForTwo(std::size_t pixels) noexcept {
   const int threads = chosen.load(std::memory_order_relaxed);
   if (threads != 0) return threads > 1;
   static const bool hasTwo = std::thread::hardware_concurrency() > 1;
-  return hasTwo && pixels >= kFewestPixels;
+  return hasTwo && pixels >= (lenderOfRun.load() != nullptr ? kFewestToWake : kFewestToStart);
 }
 
 void setThreads(int threads) noexcept { chosen.store(threads, std::memory_order_relaxed); }
 
-Assistant::Assistant(bool wanted, const std::function<void()>& work) {
+void setLender(Lender* lender) noexcept { lenderOfRun.store(lender); }
+
+Assistant::Assistant(bool wanted, std::function<void()> work) : work_(std::move(work)) {
   if (!wanted) return;
+  Lender* const lender = lenderOfRun.load();
+  if (lender != nullptr && lender->lend(work_)) {
+    lender_ = lender;
+    return;
+  }
   try {
-    thread_ = std::thread(work);
+    thread_ = std::thread(std::cref(work_));
   } catch (const std::system_error&) {
     // The caller does it all.
   }
@@ -34,6 +44,7 @@ Assistant::Assistant(bool wanted, const std::function<void()>& work) {
 
 void Assistant::join() {
   if (thread_.joinable()) thread_.join();
+  if (lender_ != nullptr) std::exchange(lender_, nullptr)->awaitLent();
 }
 
 }  // namespace framequilt

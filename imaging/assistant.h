@@ -17,19 +17,37 @@ bool paysForTwo(std::size_t pixels) noexcept;
 /// decides as above again.
 void setThreads(int threads) noexcept;
 
-/// Runs `work` on a thread of its own, if that is wanted and can be had.
+/// A thread that is there anyway and works for others while it has nothing to do: it begins sooner
+/// than a new one.
+class Lender {
+ public:
+  /// Has it do `work`, which does not throw and stays until `awaitLent` returns. False when it is
+  /// not there or busy.
+  virtual bool lend(const std::function<void()>& work) = 0;
+  virtual void awaitLent() = 0;
+
+ protected:
+  ~Lender() = default;
+};
+
+/// Null: there is none. Not while there is an `Assistant`.
+void setLender(Lender* lender) noexcept;
+
+/// Runs `work`, which does not throw, beside the caller, if that is wanted and a thread can be had.
 class Assistant {
  public:
-  Assistant(bool wanted, const std::function<void()>& work);
+  Assistant(bool wanted, std::function<void()> work);
   ~Assistant() { join(); }
   Assistant(const Assistant&) = delete;
   Assistant& operator=(const Assistant&) = delete;
 
-  bool works() const { return thread_.joinable(); }
+  bool works() const { return lender_ != nullptr || thread_.joinable(); }
   /// Waits until the work is done.
   void join();
 
  private:
+  std::function<void()> work_;
+  Lender* lender_ = nullptr;
   std::thread thread_;
 };
 

@@ -36,7 +36,7 @@ struct WeighSlanted {
       Front column = {};
       Front::load(columns - t, column);
       Front::smaller(row, column, column);
-      Front::store(column, out + t * kLanes);
+      Front::store(column, out + std::ptrdiff_t{t} * kLanes);
     }
   }
 

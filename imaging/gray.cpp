@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstdint>
+#include <cstring>
 
 #include "imaging/cpu_level.h"
 #include "imaging/disjoint.h"
@@ -145,6 +146,16 @@ bool rgb2GrayFloatTwo(unsigned char* src1, unsigned char* src2, int rows, int co
 }
 
 namespace framequilt {
+
+void copyAndToGray(const unsigned char* bgr, std::size_t pixels, unsigned char* copy,
+                   unsigned char* gray) {
+  constexpr std::size_t kTogether = 4096;
+  for (std::size_t i = 0; i < pixels; i += kTogether) {
+    const std::size_t count = std::min(kTogether, pixels - i);
+    std::memcpy(copy + kColour * i, bgr + kColour * i, kColour * count);
+    toGray(copy + kColour * i, count, gray + i);
+  }
+}
 
 void fillGrayTables() {
   for (unsigned i = 0; i < 256U; ++i) {

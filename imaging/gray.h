@@ -11,6 +11,8 @@
 /// than one row or column they write nothing. They keep no state and may run on several threads.
 #pragma once
 
+#include <cstddef>
+
 #include "framequilt/export.h"
 
 /// Entries i * 1224, i * 2404 and i * 467, each shifted right by 12. `initJointCpu` fills them.
@@ -39,6 +41,11 @@ FRAMEQUILT_EXPORT bool rgb2GrayFloatTwo(unsigned char* src1, unsigned char* src2
                                         int cols, int channels, float* dst1, float* dst2);
 
 namespace framequilt {
+
+/// Copies `pixels` pixels and converts them by the integer rule, both while they are in the cache.
+/// None of the three may touch another.
+void copyAndToGray(const unsigned char* bgr, std::size_t pixels, unsigned char* copy,
+                   unsigned char* gray);
 
 /// Fills `R1`, `G1` and `B1`.
 void fillGrayTables();

@@ -8,15 +8,25 @@ namespace framequilt {
 namespace {
 
 struct Sink {
-  std::mutex mutex;
-  ReportSink write = nullptr;  // Null: standard output.
+  ReportSink write = nullptr;
   void* context = nullptr;
 };
 
+struct Sinks {
+  std::mutex mutex;
+  Sink ofProcess;  // Null: standard output.
+  Sink ofSession;  // Null: that of the process.
+};
+
 // Never destroyed: a worker of a run that nobody stopped may still report while the process ends.
-Sink& sink() {
-  static Sink& instance = *new Sink;
+Sinks& sinks() {
+  static Sinks& instance = *new Sinks;
   return instance;
+}
+
+void set(Sink& sink, ReportSink write, void* context) {
+  const std::lock_guard lock(sinks().mutex);
+  sink = {write, write != nullptr ? context : nullptr};
 }
 
 void print(std::string_view text, bool endLine) {
@@ -26,10 +36,11 @@ void print(std::string_view text, bool endLine) {
 }
 
 void emit(std::string_view text, bool endLine) {
-  Sink& target = sink();
-  const std::lock_guard lock(target.mutex);
-  if (target.write != nullptr) {
-    target.write(text.data(), text.size(), target.context);
+  Sinks& all = sinks();
+  const std::lock_guard lock(all.mutex);
+  const Sink& sink = all.ofSession.write != nullptr ? all.ofSession : all.ofProcess;
+  if (sink.write != nullptr) {
+    sink.write(text.data(), text.size(), sink.context);
   } else {
     print(text, endLine);
   }
@@ -41,11 +52,12 @@ void report(std::string_view line) { emit(line, true); }
 
 void reportUnended(std::string_view text) { emit(text, false); }
 
-void setReportSink(ReportSink write, void* context) {
-  Sink& target = sink();
-  const std::lock_guard lock(target.mutex);
-  target.write = write;
-  target.context = write != nullptr ? context : nullptr;
+void setReportSink(ReportSink write, void* context) { set(sinks().ofProcess, write, context); }
+
+SessionReports::SessionReports(ReportSink sink, void* context) {
+  set(sinks().ofSession, sink, context);
 }
+
+SessionReports::~SessionReports() { set(sinks().ofSession, nullptr, nullptr); }
 
 }  // namespace framequilt

@@ -15,4 +15,14 @@ void report(std::string_view line);
 /// stands on the same line. A sink receives them as it does lines.
 void reportUnended(std::string_view text);
 
+/// While it lives, `sink` receives the lines in place of the process's own sink. One at a time.
+class SessionReports {
+ public:
+  /// Without effect where `sink` is null.
+  SessionReports(ReportSink sink, void* context);
+  ~SessionReports();
+  SessionReports(const SessionReports&) = delete;
+  SessionReports& operator=(const SessionReports&) = delete;
+};
+
 }  // namespace framequilt

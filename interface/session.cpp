@@ -11,6 +11,7 @@
 #include "interface/frame_copy.h"
 #include "interface/judgement.h"
 #include "interface/published_mosaic.h"
+#include "interface/report.h"
 #include "interface/session_options.h"
 
 namespace framequilt {
@@ -68,6 +69,7 @@ class Session::Impl {
   explicit Impl(const SessionOptions& options)
       : options_(checked(options)),
         one_(std::make_unique<OneAtATime>()),
+        reports_(std::make_unique<SessionReports>(options_.reportSink, options_.reportContext)),
         run_(withClearErrors("use scale 2 or smaller frames",
                              [&] { return std::make_unique<EngineRun>(options_); })),
         backend_(run_->backend()) {}
@@ -75,6 +77,7 @@ class Session::Impl {
   FrameResult add(const FrameView& frame, std::optional<cv::Point> hint);
   void stop() noexcept {
     run_.reset();
+    reports_.reset();
     one_.reset();
   }
 
@@ -100,6 +103,7 @@ class Session::Impl {
 
   SessionOptions options_;
   std::unique_ptr<OneAtATime> one_;
+  std::unique_ptr<SessionReports> reports_;
   std::unique_ptr<EngineRun> run_;
   std::string_view backend_;
   PublishedMosaic mosaic_;

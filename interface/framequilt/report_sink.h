@@ -13,8 +13,9 @@ namespace framequilt {
 using ReportSink = void (*)(const char* line, std::size_t length, void* context);
 
 /// Sends the engine's lines to `sink` instead of standard output; a null `sink` restores standard
-/// output. May be called at any time, from any thread; when it returns the former sink is no
-/// longer in use.
+/// output. A session may have a sink of its own (`SessionOptions::reportSink`), which then gets all
+/// of them while it is open. May be called at any time, from any thread; when it returns the former
+/// sink is no longer in use.
 FRAMEQUILT_EXPORT void setReportSink(ReportSink sink, void* context);
 
 }  // namespace framequilt

@@ -43,6 +43,7 @@
 #include "error.h"
 #include "export.h"
 #include "refusal.h"
+#include "report_sink.h"
 
 namespace framequilt {
 
@@ -112,6 +113,10 @@ struct SessionOptions {
   /// is not searched.
   std::string kernelFile;
   ProgressCallback onProgress;  ///< May be empty.
+  /// Receives the engine's lines while the session is open, the same way as the sink of
+  /// `setReportSink`, which gets none meanwhile; null: that one gets them.
+  ReportSink reportSink = nullptr;
+  void* reportContext = nullptr;  ///< Handed to `reportSink`.
 };
 
 enum class Verdict {

@@ -178,9 +178,12 @@ TEST_F(FrameDriverCalls, RefusedStartOfAFrameReachesNoStage) {
 TEST_F(FrameDriverCalls, OffsetIsTakenOfTheWorkingFramesIntoTheRecord) {
   for (const int factor : {1, 2}) {
     startAgainAtScale(factor);
+    script.inOffset = [] {
+      EXPECT_EQ(script.offset.img1, theSorImageScale);
+      EXPECT_EQ(script.offset.img2, thedestImageScale);
+    };
     first();
-    EXPECT_EQ(script.offset.img1, theSorImageScale);
-    EXPECT_EQ(script.offset.img2, thedestImageScale);
+    EXPECT_EQ(script.stages.front(), "offset");
     expectInfo(script.offset.info, kChannels, kRows / factor, kCols / factor);
     EXPECT_EQ(script.offset.dx, &flagsCpu.offsetX);
     EXPECT_EQ(script.offset.dy, &flagsCpu.offsetY);
@@ -282,9 +285,12 @@ TEST_F(FrameDriverCalls, MotionOfAStaticSceneIsMeasuredWhereOnePixelDoesNotDecid
 TEST_F(FrameDriverCalls, MotionIsMeasuredAtFullSizeAgainstTheFrameBefore) {
   for (const int factor : {1, 2}) {
     startAgainAtScale(factor);
+    script.inMotion = [] {
+      EXPECT_EQ(script.motion.previous, thedestImage_pre);
+      EXPECT_EQ(script.motion.current, thedestImageScale);
+    };
     first();
-    EXPECT_EQ(script.motion.previous, thedestImage_pre);
-    EXPECT_EQ(script.motion.current, thedestImageScale);
+    EXPECT_EQ(script.stages[1], "motion");
     EXPECT_EQ(script.motion.rows, kRows);
     EXPECT_EQ(script.motion.cols, kCols);
     EXPECT_EQ(script.motion.previousChannels, kChannels);

@@ -9,6 +9,7 @@
 
 #include "features/matching.h"
 #include "features/plain.h"
+#include "imaging/assistant.h"
 #include "tests/support/each_level.h"
 #include "tests/support/guarded.h"
 #include "tests/support/points.h"
@@ -72,11 +73,15 @@ std::size_t expectLikePlain(Sets sets, float ratio = kRatio) {
   EXPECT_TRUE(framequilt::suitsLanes(sets.view()));
   atEachLevel([&] {
     GuardedFloats dist(expected.dist.size());
-    Points matches = {{-7, -7}};
-    framequilt::matchInLanes(sets.view(), dist.data(), ratio, matches);
-    EXPECT_EQ(matches, expected.matches);
-    EXPECT_EQ(dist.values(), expected.dist);
-    EXPECT_TRUE(dist.intact());
+    for (const int threads : {2, 1, 0}) {
+      framequilt::setThreads(threads);
+      Points matches = {{-7, -7}};
+      std::fill_n(dist.data(), expected.dist.size(), -1.0F);
+      framequilt::matchInLanes(sets.view(), dist.data(), ratio, matches);
+      EXPECT_EQ(matches, expected.matches);
+      EXPECT_EQ(dist.values(), expected.dist);
+      EXPECT_TRUE(dist.intact());
+    }
 
     Points ofLibrary = {{-7, -7}};
     EXPECT_TRUE(calacDistanceIndexFun(sets.a.data(), sets.b.data(), dist.data(), ratio, sets.countA,

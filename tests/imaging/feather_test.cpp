@@ -89,6 +89,17 @@ void expectPlainResult(const Bytes& ground, const Bytes& frame, int rows, int co
       EXPECT_TRUE(over.intact());
       EXPECT_TRUE(copy.intact());
       EXPECT_TRUE(under.intact());
+
+      // From a frame that is to stay as it is.
+      Ground again(ground, rows, cols, channels, gap);
+      GuardedBytes result(frame.size()), original(frame);
+      feather({again.data(), again.stride(), result.data(), gap == 0 ? nullptr : copy.data(), rows,
+               cols, channels, original.data()});
+      EXPECT_EQ(result.values(), expected);
+      EXPECT_EQ(again.packed(), expected);
+      EXPECT_EQ(original.values(), frame);
+      EXPECT_TRUE(result.intact());
+      EXPECT_TRUE(again.intact());
     }
   });
   framequilt::setThreads(0);
@@ -254,6 +265,9 @@ TEST(Feather, LeavesTheRestToThePlainFusion) {
   EXPECT_TRUE(refused([](Feathering& job) { job.frame = job.ground + 299; }));
   EXPECT_TRUE(refused([](Feathering& job) { job.copy = job.frame + 1; }));
   EXPECT_TRUE(refused([](Feathering& job) { job.copy = job.ground; }));
+  EXPECT_TRUE(refused([](Feathering& job) { job.original = job.frame + 1; }));
+  EXPECT_TRUE(refused([](Feathering& job) { job.original = job.ground; }));
+  EXPECT_TRUE(refused([](Feathering& job) { job.original = job.copy; }));
 }
 
 TEST(Feather, OverlappingImagesAreFusedPlainly) {

@@ -9,6 +9,7 @@
 
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"
+#include "tests/support/each_level.h"
 #include "tests/support/guarded.h"
 #include "tests/support/random_images.h"
 
@@ -117,6 +118,45 @@ TEST(IntegerGray, FollowsTheFormulaOverTheColourCube) {
   Bytes grays(bgr.size() / 3);
   EXPECT_TRUE(rgb2Gray(bgr.data(), 1, pixels, grays.data()));
   EXPECT_EQ(grays, graysOf(bgr));
+}
+
+/// What the vectors compute in 16 bits is exact for each colour, not only for most.
+TEST(IntegerGray, EveryRedAndGreenIsExactAtEachLevel) {
+  std::size_t compared = 0;
+  for (int b = 0; b < 256; b += 3) {
+    Bytes bgr;
+    bgr.reserve(std::size_t{3} * 256 * 256);
+    for (int g = 0; g < 256; ++g) {
+      for (int r = 0; r < 256; ++r) {
+        for (int byte : {b, g, r}) bgr.push_back(static_cast<unsigned char>(byte));
+      }
+    }
+    const Bytes expected = graysOf(bgr);
+    atEachLevel([&] {
+      Bytes grays(expected.size());
+      EXPECT_TRUE(rgb2Gray(bgr.data(), 256, 256, grays.data()));
+      EXPECT_TRUE(grays == expected) << "blue " << b;
+      compared += grays.size();
+    });
+  }
+  EXPECT_GE(compared, std::size_t{86} * 256 * 256);
+}
+
+TEST(GrayOfACopy, IsTheSameAndSoIsTheCopy) {
+  Random random(43);
+  for (const int pixels : {0, 1, 63, 64, 65, 4095, 4096, 4097, 9000}) {
+    SCOPED_TRACE(pixels);
+    const Bytes bgr = random.bytes(area(1, pixels, 3));
+    const Bytes expected = graysOf(bgr);
+    atEachLevel([&] {
+      GuardedBytes copy(bgr.size()), gray(expected.size());
+      framequilt::copyAndToGray(bgr.data(), expected.size(), copy.data(), gray.data());
+      EXPECT_EQ(copy.values(), bgr);
+      EXPECT_EQ(gray.values(), expected);
+      EXPECT_TRUE(copy.intact());
+      EXPECT_TRUE(gray.intact());
+    });
+  }
 }
 
 TEST(IntegerGray, AgreesWithTheFormulaAtEveryWidth) {

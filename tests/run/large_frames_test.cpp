@@ -3,9 +3,12 @@
 // images itself, and a thread of its own helps with the fusion.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <string>
 #include <vector>
 
+#include "cpu/run_state.h"
+#include "framequilt/framequilt.h"
 #include "tests/run/captures.h"
 
 namespace {
@@ -46,6 +49,33 @@ TEST_P(LargeFrames, LandWhereTheCameraWasInEveryDirection) {
     frames.push_back({path[i], kRows, kCols});
   }
   expectMosaicShows(outcomes.back().mosaic, scene_.picture(), placeOf({0, 0}), frames);
+}
+
+/// Such a frame cannot be copied beside the search, and what that gives is what this gives.
+TEST_P(LargeFrames, GivenInTheLibrarysOwnBufferMakeTheSameMosaic) {
+  const std::vector<SPoint> path = {kStart, {500, 280}, {400, 460}, {180, 380}, {260, 120}};
+  const auto digestOf = [&](bool inOwnBuffer) {
+    CaptureRun run(settings());
+    FrameOutcome outcome = run.first(at(path[0]), at(path[1]));
+    Digest digest;
+    addOutcome(digest, outcome);
+    for (std::size_t i = 2; i < path.size(); ++i) {
+      const Frame frame = at(path[i]);
+      if (inOwnBuffer) {
+        std::copy(frame.bytes.begin(), frame.bytes.end(), thedestImageScale);
+        outcome.result =
+            stichingImagedJoint(nullptr, thedestImageScale, 1, 1, 0, 0, false, outcome.topLeft,
+                                outcome.bottomRight, outcome.mosaic, outcome.flags);
+      } else {
+        outcome = run.next(frame);
+      }
+      EXPECT_EQ(outcome.result, 0);
+      EXPECT_EQ(outcome.flags.position, placeOf(path[i]));
+      addOutcome(digest, outcome);
+    }
+    return digest.value();
+  };
+  EXPECT_EQ(digestOf(true), digestOf(false));
 }
 
 TEST_P(LargeFrames, ReferenceOutlivesRefusedFrames) {

@@ -28,7 +28,7 @@ class OpenInputs : public testing::Test {
   }
   Lines namesFrom(const Lines& inputs, int every = 1) {
     InputSettings settings = notes_.settings();
-    settings.output = file("mosaic.png");
+    settings.outputs = {file("mosaic.png")};
     settings.every = every;
     return namesOfRest(*openInputs(inputs, settings));
   }

@@ -23,7 +23,7 @@ std::vector<std::string> fileNames(const std::vector<std::filesystem::path>& pat
 }
 
 std::string errorOf(const std::vector<std::string>& inputs) {
-  return toolErrorOf([&] { listFiles(inputs, "none.png"); });
+  return toolErrorOf([&] { listFiles(inputs, {"none.png"}); });
 }
 
 }  // namespace
@@ -33,7 +33,7 @@ TEST(InputListing, AFolderGivesItsPicturesInNaturalOrder) {
   for (const char* name : {"f10.png", "f2.JPG", "f1.tiff", "f3.bmp"}) {
     writeText(folder.file(name), "x");
   }
-  EXPECT_EQ(fileNames(listFiles({folder.path()}, "none.png")),
+  EXPECT_EQ(fileNames(listFiles({folder.path()}, {"none.png"})),
             (std::vector<std::string>{"f1.tiff", "f2.JPG", "f3.bmp", "f10.png"}));
 }
 
@@ -43,14 +43,15 @@ TEST(InputListing, OtherFilesHiddenFilesAndSubfoldersAreLeftOut) {
     writeText(folder.file(name), "x");
   }
   std::filesystem::create_directory(folder.file("inner.png"));
-  EXPECT_EQ(fileNames(listFiles({folder.path()}, "none.png")), (std::vector<std::string>{"a.png"}));
+  EXPECT_EQ(fileNames(listFiles({folder.path()}, {"none.png"})),
+            (std::vector<std::string>{"a.png"}));
 }
 
 TEST(InputListing, FilesStayInTheOrderGiven) {
   const TemporaryFolder folder;
   for (const char* name : {"f10.png", "f2.png", "noextension"}) writeText(folder.file(name), "x");
   EXPECT_EQ(fileNames(listFiles(
-                {folder.file("f10.png"), folder.file("noextension"), folder.file("f2.png")}, "")),
+                {folder.file("f10.png"), folder.file("noextension"), folder.file("f2.png")}, {})),
             (std::vector<std::string>{"f10.png", "noextension", "f2.png"}));
 }
 
@@ -60,7 +61,7 @@ TEST(InputListing, FilesAndFoldersMix) {
   writeText(one.file("z.png"), "x");
   writeText(two.file("b.png"), "x");
   writeText(two.file("a.png"), "x");
-  EXPECT_EQ(fileNames(listFiles({one.file("z.png"), two.path(), one.path()}, "")),
+  EXPECT_EQ(fileNames(listFiles({one.file("z.png"), two.path(), one.path()}, {})),
             (std::vector<std::string>{"z.png", "a.png", "b.png", "z.png"}));
 }
 
@@ -69,7 +70,14 @@ TEST(InputListing, TheMosaicOfAnEarlierRunIsNoFrameOfItsFolder) {
   writeText(folder.file("a.png"), "x");
   writeText(folder.file("mosaic.png"), "x");
   const std::string otherSpelling = folder.path() + "/./mosaic.png";
-  EXPECT_EQ(fileNames(listFiles({folder.path()}, otherSpelling)),
+  EXPECT_EQ(fileNames(listFiles({folder.path()}, {otherSpelling})),
+            (std::vector<std::string>{"a.png"}));
+}
+
+TEST(InputListing, SoIsEveryOtherPictureThatARunWrites) {
+  const TemporaryFolder folder;
+  for (const char* name : {"a.png", "m.png", "m.ome.tif"}) writeText(folder.file(name), "x");
+  EXPECT_EQ(fileNames(listFiles({folder.path()}, {folder.file("m.png"), folder.file("m.ome.tif")})),
             (std::vector<std::string>{"a.png"}));
 }
 
@@ -79,8 +87,8 @@ TEST(InputListing, SoIsItsOutlinedCopy) {
     writeText(folder.file(name), "x");
   }
   const std::vector<std::string> expected = {"a-outlines.png", "a.png"};
-  EXPECT_EQ(fileNames(listFiles({folder.path()}, folder.file("m.png"))), expected);
-  EXPECT_EQ(fileNames(listFiles({folder.file("*.png")}, folder.file("m.png"))), expected);
+  EXPECT_EQ(fileNames(listFiles({folder.path()}, {folder.file("m.png")})), expected);
+  EXPECT_EQ(fileNames(listFiles({folder.file("*.png")}, {folder.file("m.png")})), expected);
 }
 
 TEST(InputListing, APatternGivesTheFilesThatMatchInNaturalOrder) {
@@ -89,9 +97,9 @@ TEST(InputListing, APatternGivesTheFilesThatMatchInNaturalOrder) {
     writeText(folder.file(name), "x");
   }
   std::filesystem::create_directory(folder.file("f4.png"));
-  EXPECT_EQ(fileNames(listFiles({folder.file("f*.png")}, "")),
+  EXPECT_EQ(fileNames(listFiles({folder.file("f*.png")}, {})),
             (std::vector<std::string>{"f1.png", "f2.png", "f10.png"}));
-  EXPECT_EQ(fileNames(listFiles({folder.file("[fg]?.*")}, "")),
+  EXPECT_EQ(fileNames(listFiles({folder.file("[fg]?.*")}, {})),
             (std::vector<std::string>{"f1.png", "f2.png", "f3.txt", "g1.png"}));
 }
 
@@ -102,14 +110,14 @@ TEST(InputListing, APatternMayNameFoldersOnItsWay) {
     writeText(folder.file(name) + "/a.png", "x");
   }
   EXPECT_EQ(
-      listFiles({folder.file("run*/a.png")}, ""),
+      listFiles({folder.file("run*/a.png")}, {}),
       (std::vector<std::filesystem::path>{folder.file("run2/a.png"), folder.file("run10/a.png")}));
 }
 
 TEST(InputListing, AFileOfThatVeryNameIsNoPattern) {
   const TemporaryFolder folder;
   for (const char* name : {"f[1].png", "f1.png"}) writeText(folder.file(name), "x");
-  EXPECT_EQ(fileNames(listFiles({folder.file("f[1].png")}, "")),
+  EXPECT_EQ(fileNames(listFiles({folder.file("f[1].png")}, {})),
             (std::vector<std::string>{"f[1].png"}));
 }
 
@@ -118,7 +126,7 @@ TEST(InputListing, APatternWithoutMatchesIsNamed) {
   writeText(folder.file("m.png"), "x");
   for (const char* name : {"f*.png", "m.pn?"}) {
     try {
-      listFiles({folder.file(name)}, folder.file("m.png"));
+      listFiles({folder.file(name)}, {folder.file("m.png")});
       ADD_FAILURE() << name;
     } catch (const ToolError& failure) {
       EXPECT_EQ(failure.what(), "pattern '" + folder.file(name) + "' matches no file: check it");

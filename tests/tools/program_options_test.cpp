@@ -217,9 +217,10 @@ TEST(Program, HelpNamesEveryOption) {
   const ProgramRun result = framequiltRun({"stitch", "--help"});
   EXPECT_EQ(result.status, 0);
   for (const char* option :
-       {"--output", "--every", "--hints", "--mode", "--static", "--dynamic", "--scale", "--backend",
-        "--corner-budget", "--max-rows", "--max-cols", "--crop", "--placements", "--report",
-        "--outlines", "--quiet", "--verbose"}) {
+       {"--output",     "--every",   "--hints",         "--mode",     "--static",   "--dynamic",
+        "--scale",      "--backend", "--corner-budget", "--max-rows", "--max-cols", "--crop",
+        "--placements", "--report",  "--outlines",      "--ome-tiff", "--pyramid",  "--report-html",
+        "--pixel-size", "--quiet",   "--verbose"}) {
     EXPECT_TRUE(contains(result.out, option)) << option;
   }
 }

@@ -65,7 +65,9 @@ TEST(ReportJson, TellsWhatMadeTheMosaic) {
   options.maxCols = 9;
   options.every = 2;
   options.crop = "none";
-  const json facts = report(options, {"host", 2, {640, 480}, {5, -6}, 1, 2, true, false});
+  options.pixelSize = 0.65;
+  const json facts =
+      report(options, {"host", 2, {640, 480}, {5, -6}, 1, 2, true, false, {320, 240}});
   EXPECT_EQ(facts["backend"], "host");
   EXPECT_EQ(facts["scale"], 2);
   EXPECT_EQ(facts["options"], json({{"mode", "overlap"},
@@ -74,7 +76,9 @@ TEST(ReportJson, TellsWhatMadeTheMosaic) {
                                     {"max_rows", 7},
                                     {"max_cols", 9},
                                     {"every", 2},
-                                    {"crop", "none"}}));
+                                    {"crop", "none"},
+                                    {"pixel_size", 0.65}}));
+  EXPECT_EQ(facts["frame_size"], json({{"cols", 320}, {"rows", 240}}));
   EXPECT_EQ(facts["mosaic"],
             json({{"cols", 640}, {"rows", 480}, {"first_frame", {{"x", 5}, {"y", -6}}}}));
   EXPECT_EQ(facts["left_out"], 1);
@@ -82,6 +86,7 @@ TEST(ReportJson, TellsWhatMadeTheMosaic) {
   EXPECT_EQ(facts["full"], true);
   EXPECT_EQ(facts["interrupted"], false);
   EXPECT_EQ(report()["mosaic"], nullptr);
+  EXPECT_EQ(report()["options"]["pixel_size"], nullptr);
 }
 
 TEST(ReportJson, AJoinedFrameHasItsPlaceAndMeasures) {

@@ -2,12 +2,11 @@
 #include "tools/framequilt/tiff_writing.h"
 
 #include <gtest/gtest.h>
-#include <signal.h>
-#include <sys/resource.h>
 
 #include <opencv2/imgcodecs.hpp>
 #include <string>
 
+#include "file_size_limit.h"
 #include "same_pixels.h"
 #include "scenes.h"
 #include "temporary_folder.h"
@@ -31,27 +30,6 @@ class TiffWriting : public testing::Test {
   std::string file() const { return folder_.file("m.tif"); }
 
   TemporaryFolder folder_;
-};
-
-/// While it lives, files of this process end at `bytes`, as on a full disk.
-class FileSizeLimit {
- public:
-  explicit FileSizeLimit(rlim_t bytes) : oldHandler_(::signal(SIGXFSZ, SIG_IGN)) {
-    ::getrlimit(RLIMIT_FSIZE, &old_);
-    rlimit limit = old_;
-    limit.rlim_cur = bytes;
-    ::setrlimit(RLIMIT_FSIZE, &limit);
-  }
-  ~FileSizeLimit() {
-    ::setrlimit(RLIMIT_FSIZE, &old_);
-    ::signal(SIGXFSZ, oldHandler_);
-  }
-  FileSizeLimit(const FileSizeLimit&) = delete;
-  FileSizeLimit& operator=(const FileSizeLimit&) = delete;
-
- private:
-  rlimit old_{};
-  sighandler_t oldHandler_;
 };
 
 }  // namespace

@@ -38,7 +38,7 @@ std::unique_ptr<FrameSource> openInputs(const std::vector<std::string>& inputs,
     requireOnlyInput(*camera, "camera", inputs.size());
     return openCamera(cameraNumber(*camera), settings);
   }
-  const std::vector<fs::path> files = listFiles(inputs, settings.output);
+  const std::vector<fs::path> files = listFiles(inputs, settings.outputs);
   const auto video = std::find_if(files.begin(), files.end(), namesVideo);
   if (video != files.end()) {
     requireOnlyInput(*video, "video", files.size());

@@ -51,8 +51,9 @@ class FrameSource {
 };
 
 struct InputSettings {
-  /// The mosaic to write: left out, with its outlined copy, where a folder or a pattern holds it.
-  std::filesystem::path output;
+  /// The pictures to write: left out, with their outlined copies, where a folder or a pattern holds
+  /// them.
+  std::vector<std::filesystem::path> outputs;
   int every = 1;  ///< Takes the 1st, (N + 1)th, (2N + 1)th ... frame; 1 or more.
   std::function<void(const std::string&)> note;  ///< Gets remarks, one line each; may be empty.
   std::function<bool()> interrupted;             ///< Whether to stop; may be empty.

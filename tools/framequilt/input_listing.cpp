@@ -34,10 +34,12 @@ bool sameFile(const fs::path& a, const fs::path& b) {
 }
 
 /// Whether a folder or a pattern gives this entry: neither a folder nor of an earlier run.
-bool mayBeFrame(const fs::path& file, const fs::path& output) {
+bool mayBeFrame(const fs::path& file, const std::vector<fs::path>& outputs) {
   std::error_code ignored;
-  return !fs::is_directory(file, ignored) && !sameFile(file, output) &&
-         !sameFile(file, outlinedCopyOf(output));
+  if (fs::is_directory(file, ignored)) return false;
+  return std::none_of(outputs.begin(), outputs.end(), [&file](const fs::path& output) {
+    return sameFile(file, output) || sameFile(file, outlinedCopyOf(output));
+  });
 }
 
 void sortNaturally(std::vector<fs::path>& files) {
@@ -46,13 +48,13 @@ void sortNaturally(std::vector<fs::path>& files) {
   });
 }
 
-std::vector<fs::path> picturesIn(const fs::path& folder, const fs::path& output) {
+std::vector<fs::path> picturesIn(const fs::path& folder, const std::vector<fs::path>& outputs) {
   std::error_code failure;
   std::vector<fs::path> pictures;
   fs::directory_iterator entries(folder, failure);
   for (; !failure && entries != fs::directory_iterator(); entries.increment(failure)) {
     const fs::path& file = entries->path();
-    if (looksLikePicture(file) && mayBeFrame(file, output)) pictures.push_back(file);
+    if (looksLikePicture(file) && mayBeFrame(file, outputs)) pictures.push_back(file);
   }
   if (failure) {
     throw ToolError("folder " + inQuotes(folder) + " cannot be listed (" + failure.message() +
@@ -68,13 +70,14 @@ std::vector<fs::path> picturesIn(const fs::path& folder, const fs::path& output)
 
 bool isPattern(const std::string& input) { return input.find_first_of("*?[") != std::string::npos; }
 
-std::vector<fs::path> filesMatching(const std::string& pattern, const fs::path& output) {
+std::vector<fs::path> filesMatching(const std::string& pattern,
+                                    const std::vector<fs::path>& outputs) {
   glob_t matches{};
   std::vector<fs::path> files;
   if (::glob(pattern.c_str(), GLOB_NOSORT, nullptr, &matches) == 0) {
     for (std::size_t i = 0; i < matches.gl_pathc; ++i) {
       const fs::path file = matches.gl_pathv[i];
-      if (mayBeFrame(file, output)) files.push_back(file);
+      if (mayBeFrame(file, outputs)) files.push_back(file);
     }
   }
   ::globfree(&matches);
@@ -85,21 +88,22 @@ std::vector<fs::path> filesMatching(const std::string& pattern, const fs::path& 
   return files;
 }
 
-std::vector<fs::path> filesOf(const std::string& input, const fs::path& output) {
+std::vector<fs::path> filesOf(const std::string& input, const std::vector<fs::path>& outputs) {
   std::error_code failure;
   const fs::file_status status = fs::status(input, failure);
-  if (fs::is_directory(status)) return picturesIn(input, output);
+  if (fs::is_directory(status)) return picturesIn(input, outputs);
   if (fs::exists(status)) return {input};
-  if (isPattern(input)) return filesMatching(input, output);
+  if (isPattern(input)) return filesMatching(input, outputs);
   throw ToolError(inQuotes(input) + " cannot be found (" + failure.message() + "): check the path");
 }
 
 }  // namespace
 
-std::vector<fs::path> listFiles(const std::vector<std::string>& inputs, const fs::path& output) {
+std::vector<fs::path> listFiles(const std::vector<std::string>& inputs,
+                                const std::vector<fs::path>& outputs) {
   std::vector<fs::path> files;
   for (const std::string& input : inputs) {
-    const std::vector<fs::path> found = filesOf(input, output);
+    const std::vector<fs::path> found = filesOf(input, outputs);
     files.insert(files.end(), found.begin(), found.end());
   }
   return files;

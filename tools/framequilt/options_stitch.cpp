@@ -2,6 +2,7 @@
 #include "tools/framequilt/options_stitch.h"
 
 #include <charconv>
+#include <cmath>
 #include <cstdint>
 #include <limits>
 #include <string>
@@ -22,6 +23,18 @@ CLI::Validator fromOne() {
                                               std::to_string(std::numeric_limits<int>::max());
           },
           "1 or more", "from one"};
+}
+
+/// Takes finite numbers above 0.
+CLI::Validator pixelSize() {
+  return {[](std::string& text) {
+            double number = 0;
+            const bool fits =
+                CLI::detail::lexical_cast(text, number) && std::isfinite(number) && number > 0;
+            return fits ? std::string()
+                        : "'" + text + "' is no size of a pixel: give micrometres, such as 0.65";
+          },
+          "above 0", "pixel size"};
 }
 
 void requireLimitFits(const StitchOptions& options) {
@@ -110,7 +123,8 @@ void addOutputs(CLI::App& command, StitchOptions& options) {
       ->capture_default_str();
   command
       .add_option("--placements", options.placements,
-                  "Also write where each frame lies: frame,file,x,y,joined ('-': standard output)")
+                  "Also write where each frame lies: frame,file,x,y,joined; the same as .json, or "
+                  "the joined ones as a tile configuration for .txt ('-': standard output)")
       ->type_name("FILE.csv");
   command
       .add_option("--report", options.report,
@@ -119,6 +133,25 @@ void addOutputs(CLI::App& command, StitchOptions& options) {
   command.add_flag("--outlines", options.outlines,
                    "Also write NAME-outlines beside the mosaic: a copy with each frame's border "
                    "and number");
+  command
+      .add_option("--ome-tiff", options.omeTiff,
+                  "Also write the mosaic as an OME-TIFF with smaller copies for viewers")
+      ->type_name("FILE.ome.tif");
+  command
+      .add_option(
+          "--pyramid", options.pyramid,
+          "Also write a folder to look at in a browser: the mosaic in tiles (Deep Zoom) and "
+          "index.html, which shows the frames and what was measured")
+      ->type_name("DIR");
+  command
+      .add_option("--report-html", options.reportHtml,
+                  "Also write that page as one file, with the mosaic made smaller inside")
+      ->type_name("FILE.html");
+  command
+      .add_option("--pixel-size", options.pixelSize,
+                  "Side of a frame's pixel in micrometres, for the OME-TIFF and the page")
+      ->check(pixelSize())
+      ->type_name("UM");
 }
 
 void addTalk(CLI::App& command, StitchOptions& options) {

@@ -4,6 +4,7 @@
 #include <framequilt/session.h>
 
 #include <CLI/CLI.hpp>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -17,6 +18,10 @@ struct StitchOptions {
   std::string report;
   std::string hints;  ///< Empty: none known.
   bool outlines = false;
+  std::string omeTiff;  ///< Empty: not wanted. So with the two below.
+  std::string pyramid;  ///< Folder.
+  std::string reportHtml;
+  std::optional<double> pixelSize;  ///< Of a frame, in micrometres.
   std::string mode = "motion";
   bool dynamicScene = false;
   std::string backend = "auto";

@@ -5,6 +5,8 @@
 #include <nlohmann/json.hpp>
 #include <optional>
 
+#include "tools/framequilt/measure_fields.h"
+
 namespace framequilt::tool {
 namespace {
 
@@ -18,18 +20,14 @@ Json json(const Measure& measure) {
   return {{"value", value}, {"limit", measure.limit}};
 }
 
-void add(Json& object, const char* name, const std::optional<Measure>& measure) {
-  if (measure) object[name] = json(*measure);
-}
-
 Json json(const Measures& measures) {
-  Json object = {{"matches", json(measures.matches)}};
+  Json object = Json::object();
+  for (const MeasureField& field : measureFields()) {
+    if (const std::optional<Measure> measure = field.of(measures)) {
+      object[field.name] = json(*measure);
+    }
+  }
   if (measures.offset) object["offset"] = json(*measures.offset);
-  add(object, "moved_percent", measures.moved);
-  add(object, "overlap_percent", measures.overlap);
-  add(object, "change", measures.change);
-  add(object, "brightness_difference", measures.brightness);
-  add(object, "sharpness_difference", measures.sharpness);
   return object;
 }
 
@@ -69,8 +67,11 @@ Json json(const StitchOptions& options) {
           {"max_rows", options.maxRows},
           {"max_cols", options.maxCols},
           {"every", options.every},
-          {"crop", options.crop}};
+          {"crop", options.crop},
+          {"pixel_size", options.pixelSize ? Json(*options.pixelSize) : Json(nullptr)}};
 }
+
+Json json(cv::Size size) { return {{"cols", size.width}, {"rows", size.height}}; }
 
 Json json(const RunFacts& facts) {
   if (facts.mosaic.empty()) return nullptr;
@@ -87,6 +88,7 @@ std::string reportJson(const StitchOptions& options, const RunFacts& facts, cons
                  {"scale", facts.scale},
                  {"options", json(options)},
                  {"mosaic", json(facts)},
+                 {"frame_size", json(facts.frame)},
                  {"frames_read", log.entries().size()},
                  {"joined", log.joined()},
                  {"refused", log.refused()},

@@ -21,6 +21,7 @@ struct RunFacts {
   std::size_t dropped = 0;  ///< Frames of a camera that came too fast.
   bool full = false;
   bool interrupted = false;
+  cv::Size frame;  ///< Of each frame, in its pixels.
 };
 
 /// The run as one JSON object: options, counts, and for every frame what was measured and decided,

@@ -3,6 +3,7 @@
 
 #include <framequilt/session.h>
 
+#include <filesystem>
 #include <memory>
 #include <opencv2/core/mat.hpp>
 #include <string>
@@ -28,7 +29,8 @@ Console::Amount amountOf(const StitchOptions& options) {
 
 std::unique_ptr<FrameSource> openSource(const StitchOptions& options, Console& console) {
   InputSettings settings;
-  settings.output = options.output;
+  settings.outputs = {options.output};
+  if (!options.omeTiff.empty()) settings.outputs.emplace_back(options.omeTiff);
   settings.every = options.every;
   settings.note = [&console](const std::string& text) { console.remark(text); };
   settings.interrupted = Interruption::wanted;
@@ -48,11 +50,18 @@ std::string sourceText(const FrameSource& source) {
   return lines;
 }
 
-std::string mosaicText(const cv::Mat& mosaic) {
-  if (mosaic.empty()) {
-    return "no mosaic written: nothing could be joined; each frame should share about half with "
-           "the one before\n";
+/// Where there is something to open in a browser.
+std::string pagesText(const StitchOptions& options, bool written) {
+  std::string lines;
+  if (written && !options.pyramid.empty()) {
+    lines += "page: " + (std::filesystem::path(options.pyramid) / "index.html").string() + "\n";
   }
+  if (!options.reportHtml.empty()) lines += "page: " + options.reportHtml + "\n";
+  return lines;
+}
+
+std::string mosaicText(const cv::Mat& mosaic) {
+  if (mosaic.empty()) return std::string(kNoMosaic) + "\n";
   return "mosaic: " + std::to_string(mosaic.cols) + " x " + std::to_string(mosaic.rows) +
          " pixels, " + (mosaic.channels() == 1 ? "gray" : "colour") + "\n";
 }
@@ -81,6 +90,7 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
     std::ostream& summary = options.writesToStandardOutput() ? streams.notes : streams.out;
     summary << log.countsText() << sourceText(*source) << mosaicText(mosaic);
     if (written) summary << log.timesText() << "written to: " << options.output << "\n";
+    summary << pagesText(options, written);
   }
   return written ? kMosaicWritten : kNothingJoined;
 }

@@ -49,6 +49,13 @@ class StitchLog {
   std::size_t first_ = 0;  // Of the frames that may be placed.
 };
 
+/// Said of a frame that took the place of a first one, in front of its name.
+constexpr const char* kStartedAgain = "three frames did not fit the first one: starting again from";
+/// Said in place of a mosaic.
+constexpr const char* kNoMosaic =
+    "no mosaic written: nothing could be joined; each frame should share about half with the one "
+    "before";
+
 /// Why the frame is not in the mosaic, in a few words; a first frame that nothing joined has no
 /// reason of its own.
 std::string reasonText(const StitchLog::Entry& entry);

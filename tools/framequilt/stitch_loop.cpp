@@ -78,8 +78,7 @@ class Loop {
   void tell(const SourceFrame& frame, const FrameResult& result) {
     console_.detail(inQuotes(frame.name) + ": " + outcomeText(result));
     if (result.becameFirst) {
-      console_.remark("three frames did not fit the first one: starting again from " +
-                      inQuotes(frame.name));
+      console_.remark(std::string(kStartedAgain) + " " + inQuotes(frame.name));
     }
     const std::size_t done = log_.entries().size();
     if (!console_.isTerminal() && done % kFramesPerLine != 0) return;

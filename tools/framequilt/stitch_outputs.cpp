@@ -5,8 +5,11 @@
 #include <set>
 #include <vector>
 
+#include "tools/framequilt/ome_xml.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/picture_format.h"
+#include "tools/framequilt/report_page.h"
+#include "tools/framequilt/tiff_writing.h"
 #include "tools/framequilt/tool_error.h"
 
 namespace framequilt::tool {
@@ -22,6 +25,9 @@ void requireDifferent(const StitchOptions& options) {
   if (options.outlines) outputs.push_back(outlinedCopyOf(options.output));
   for (const std::string& text : {options.placements, options.report}) {
     if (!text.empty() && text != kStandardOutput) outputs.emplace_back(text);
+  }
+  for (const std::string& name : {options.omeTiff, options.pyramid, options.reportHtml}) {
+    if (!name.empty()) outputs.emplace_back(name);
   }
   std::set<fs::path> seen;
   for (const fs::path& output : outputs) {
@@ -47,6 +53,9 @@ OutputFile pictureFile(const fs::path& file) {
   return OutputFile(file);
 }
 
+DeepZoom pyramidLayout() { return {"mosaic"}; }
+constexpr const char* kPage = "index.html";
+
 }  // namespace
 
 TextOutput::TextOutput(const std::string& name, std::ostream& standardOutput)
@@ -63,16 +72,44 @@ void TextOutput::publish(const std::string& text) {
 }
 
 StitchOutputs::StitchOutputs(const StitchOptions& options, std::ostream& standardOutput)
-    : mosaic_((requireDifferent(options), pictureFile(options.output))) {
+    : title_(fs::path(options.output).filename().string()),
+      mosaic_((requireDifferent(options), pictureFile(options.output))) {
   if (options.outlines) outlines_.emplace(outlinedCopyOf(options.output));
+  if (!options.omeTiff.empty()) {
+    requireOmeTiffName(options.omeTiff);
+    omeTiff_.emplace(options.omeTiff);
+  }
+  if (!options.pyramid.empty()) {
+    const std::string name = pyramidLayout().name;
+    pyramid_.emplace(options.pyramid, std::set<std::string>{kPage, name + ".dzi", name + "_files"});
+  }
+  if (!options.reportHtml.empty()) reportPage_.emplace(options.reportHtml);
   if (!options.placements.empty()) placements_.emplace(options.placements, standardOutput);
   if (!options.report.empty()) report_.emplace(options.report, standardOutput);
 }
 
 void StitchOutputs::publishMosaic(const cv::Mat& mosaic) { publishPicture(mosaic, mosaic_); }
 void StitchOutputs::publishOutlines(const cv::Mat& picture) { publishPicture(picture, *outlines_); }
-void StitchOutputs::publishPlacements(const std::string& csv) {
-  if (placements_) placements_->publish(csv);
+void StitchOutputs::publishOmeTiff(const cv::Mat& mosaic, std::optional<double> pixelSize) {
+  if (!omeTiff_) return;
+  writeOmeTiff(mosaic, pixelSize, *omeTiff_);
+  omeTiff_->publish();
+}
+void StitchOutputs::publishPyramid(const cv::Mat& mosaic, const std::string& report) {
+  if (!pyramid_) return;
+  const DeepZoom layout = pyramidLayout();
+  writeDeepZoom(mosaic, layout, pyramid_->place(), pyramid_->target());
+  const std::string page = reportPage(title_, tilesOf(layout, mosaic.size()), report);
+  OutputFile(pyramid_->place() / kPage).publish(page.data(), page.size());
+  pyramid_->publish();
+}
+void StitchOutputs::publishReportPage(const cv::Mat& mosaic, const std::string& report) {
+  if (!reportPage_) return;
+  const std::string page = reportPage(title_, tilesInside(mosaic), report);
+  reportPage_->publish(page.data(), page.size());
+}
+void StitchOutputs::publishPlacements(const std::string& text) {
+  if (placements_) placements_->publish(text);
 }
 void StitchOutputs::publishReport(const std::string& json) {
   if (report_) report_->publish(json);

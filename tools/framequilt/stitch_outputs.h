@@ -8,6 +8,7 @@
 
 #include "tools/framequilt/options_stitch.h"
 #include "tools/framequilt/output_file.h"
+#include "tools/framequilt/output_folder.h"
 #include "tools/framequilt/stitch_log.h"
 
 namespace framequilt::tool {
@@ -35,15 +36,22 @@ class StitchOutputs {
   /// \throws ToolError naming the file that could not be written; those before it are complete.
   void publishMosaic(const cv::Mat& mosaic);
   void publishOutlines(const cv::Mat& picture);
-  void publishPlacements(const std::string& csv);
+  void publishOmeTiff(const cv::Mat& mosaic, std::optional<double> pixelSize);
+  /// The page of the pyramid takes up the report.
+  void publishPyramid(const cv::Mat& mosaic, const std::string& report);
+  void publishReportPage(const cv::Mat& mosaic, const std::string& report);
+  void publishPlacements(const std::string& text);
   void publishReport(const std::string& json);
 
   bool wantsOutlines() const { return outlines_.has_value(); }
-  bool wantsReport() const { return report_.has_value(); }
 
  private:
+  std::string title_;  // Of the pages.
   OutputFile mosaic_;
   std::optional<OutputFile> outlines_;
+  std::optional<OutputFile> omeTiff_;
+  std::optional<OutputFolder> pyramid_;
+  std::optional<OutputFile> reportPage_;
   std::optional<TextOutput> placements_;
   std::optional<TextOutput> report_;
 };

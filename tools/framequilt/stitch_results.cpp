@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/stitch_results.h"
 
+#include <optional>
+#include <string>
 #include <vector>
 
 #include "tools/framequilt/outlines.h"
+#include "tools/framequilt/placements_text.h"
 #include "tools/framequilt/report_json.h"
 
 namespace framequilt::tool {
@@ -45,6 +48,11 @@ std::vector<FrameOutline> outlinesOf(const StitchLog& log, const Picture& pictur
   return outlines;
 }
 
+std::optional<double> mosaicPixelSize(const StitchOptions& options, int scale) {
+  if (!options.pixelSize) return std::nullopt;
+  return *options.pixelSize * scale;
+}
+
 }  // namespace
 
 SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& shape) {
@@ -65,23 +73,27 @@ SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& 
 cv::Mat publishResults(const StitchOptions& options, const StitchedCapture& capture,
                        StitchOutputs& outputs) {
   const Session& session = capture.session;
+  const SessionOptions& shape = capture.sessionOptions;
   const Picture picture = pictureOf(session, options.crop == kCropNothing);
   const bool written = !picture.pixels.empty();
+  const std::string report =
+      reportJson(options,
+                 {session.backend(), session.scale(), picture.pixels.size(), picture.first,
+                  capture.leftOut, capture.dropped, capture.end.full, capture.end.interrupted,
+                  cv::Size(shape.cols, shape.rows)},
+                 capture.log);
+  if (written) outputs.publishMosaic(picture.pixels);
+  outputs.publishReport(report);
   if (written) {
-    outputs.publishMosaic(picture.pixels);
-    outputs.publishPlacements(capture.log.placementsCsv());
+    outputs.publishPlacements(placementsText(capture.log, options.placements));
+    outputs.publishOmeTiff(picture.pixels, mosaicPixelSize(options, session.scale()));
+    outputs.publishPyramid(picture.pixels, report);
   }
-  if (outputs.wantsReport()) {
-    outputs.publishReport(
-        reportJson(options,
-                   {session.backend(), session.scale(), picture.pixels.size(), picture.first,
-                    capture.leftOut, capture.dropped, capture.end.full, capture.end.interrupted},
-                   capture.log));
-  }
+  outputs.publishReportPage(picture.pixels, report);
   // Last, since it takes a second copy of the mosaic.
   if (written && outputs.wantsOutlines()) {
-    outputs.publishOutlines(withOutlines(
-        picture.pixels, outlinesOf(capture.log, picture, capture.sessionOptions, session.scale())));
+    outputs.publishOutlines(
+        withOutlines(picture.pixels, outlinesOf(capture.log, picture, shape, session.scale())));
   }
   return picture.pixels;
 }

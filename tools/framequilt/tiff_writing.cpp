@@ -4,13 +4,12 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <new>
-#include <opencv2/imgproc.hpp>
 #include <string>
 
+#include "tools/framequilt/ome_xml.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/tool_error.h"
-#include "tools/framequilt/vips_library.h"
+#include "tools/framequilt/vips_picture.h"
 
 namespace framequilt::tool {
 namespace {
@@ -21,40 +20,9 @@ constexpr int kTileSide = 256;
 // time.
 constexpr VipsForeignTiffCompression kCompression = VIPS_FOREIGN_TIFF_COMPRESSION_LZW;
 
-/// Fills a region of the picture as libvips asks for it, in red-green-blue; from several threads.
-int fillRegion(VipsRegion* region, void* /*sequence*/, void* context, void* /*unused*/,
-               gboolean* /*stop*/) {
-  const cv::Mat& picture = *static_cast<const cv::Mat*>(context);
-  const VipsRect& area = region->valid;
-  const cv::Mat from = picture(cv::Rect(area.left, area.top, area.width, area.height));
-  cv::Mat to(area.height, area.width, picture.type(), VIPS_REGION_ADDR(region, area.left, area.top),
-             VIPS_REGION_LSKIP(region));
-  if (picture.channels() == 1) {
-    from.copyTo(to);
-  } else {
-    cv::cvtColor(from, to, cv::COLOR_BGR2RGB);
-  }
-  return 0;
-}
-
-/// The picture as libvips sees it; shares the pixels.
-GObjectPtr<VipsImage> viewOf(const cv::Mat& picture) {
-  GObjectPtr<VipsImage> view(vips_image_new());
-  const bool gray = picture.channels() == 1;
-  vips_image_init_fields(view.get(), picture.cols, picture.rows, picture.channels(),
-                         VIPS_FORMAT_UCHAR, VIPS_CODING_NONE,
-                         gray ? VIPS_INTERPRETATION_B_W : VIPS_INTERPRETATION_sRGB, 1.0, 1.0);
-  // Generation only reads, but its context is a plain pointer.
-  void* context = const_cast<cv::Mat*>(&picture);
-  if (vips_image_pipelinev(view.get(), VIPS_DEMAND_STYLE_ANY, nullptr) != 0 ||
-      vips_image_generate(view.get(), nullptr, fillRegion, nullptr, context, nullptr) != 0) {
-    throw std::bad_alloc();
-  }
-  return view;
-}
-
-/// The file as libvips writes it. The first error is kept, since the encoder goes on for a while
-/// and does not hand it through.
+/// The file as libvips writes it. The first error is kept and nothing is written any more, but the
+/// encoder is told that it was: it does not hand errors through, and with smaller copies it does
+/// not survive them.
 struct Disk {
   int descriptor;
   int error = 0;
@@ -67,7 +35,10 @@ struct Disk {
 };
 
 gint64 writeBytes(VipsTargetCustom* /*target*/, const void* bytes, gint64 size, Disk* disk) {
-  return disk->checked(::write(disk->descriptor, bytes, static_cast<std::size_t>(size)));
+  if (disk->error != 0) return size;
+  const gint64 written =
+      disk->checked(::write(disk->descriptor, bytes, static_cast<std::size_t>(size)));
+  return disk->error == 0 ? written : size;
 }
 
 gint64 readBytes(VipsTargetCustom* /*target*/, void* bytes, gint64 size, Disk* disk) {
@@ -86,22 +57,35 @@ GObjectPtr<VipsTargetCustom> targetOn(Disk& disk) {
   return target;
 }
 
-}  // namespace
-
-void writeTiff(const cv::Mat& picture, OutputFile& output) {
-  startVips();
+/// Saves `view` to `output`; `layers` adds smaller copies for viewers, below the picture itself.
+void save(VipsImage* view, bool layers, OutputFile& output) {
   Disk disk{output.descriptor()};
-  const GObjectPtr<VipsImage> view = viewOf(picture);
   const GObjectPtr<VipsTargetCustom> target = targetOn(disk);
   const int failed = vips_tiffsave_target(
-      view.get(), VIPS_TARGET(target.get()), "bigtiff", TRUE, "compression", kCompression,
-      "predictor", VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL, "tile", TRUE, "tile_width", kTileSide,
-      "tile_height", kTileSide, nullptr);
+      view, VIPS_TARGET(target.get()), "bigtiff", TRUE, "compression", kCompression, "predictor",
+      VIPS_FOREIGN_TIFF_PREDICTOR_HORIZONTAL, "tile", TRUE, "tile_width", kTileSide, "tile_height",
+      kTileSide, "pyramid", layers ? TRUE : FALSE, "subifd", layers ? TRUE : FALSE, nullptr);
   vips_error_clear();
   if (disk.error != 0) output.throwUnwritten(disk.error);
   if (failed != 0) {
     throw ToolError(inQuotes(output.target()) + " could not be encoded: choose another format");
   }
+}
+
+}  // namespace
+
+void writeTiff(const cv::Mat& picture, OutputFile& output) {
+  const GObjectPtr<VipsImage> view = vipsViewOf(picture);
+  save(view.get(), false, output);
+}
+
+void writeOmeTiff(const cv::Mat& picture, std::optional<double> pixelSize, OutputFile& output) {
+  constexpr double kMicrometresPerMillimetre = 1000;
+  const GObjectPtr<VipsImage> view =
+      vipsViewOf(picture, pixelSize ? kMicrometresPerMillimetre / *pixelSize : 1.0);
+  vips_image_set_string(view.get(), VIPS_META_IMAGEDESCRIPTION,
+                        omeXml(picture, omeName(output.target()), pixelSize).c_str());
+  save(view.get(), true, output);
 }
 
 }  // namespace framequilt::tool

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <opencv2/core/mat.hpp>
+#include <optional>
 
 #include "tools/framequilt/output_file.h"
 
@@ -13,5 +14,11 @@ namespace framequilt::tool {
 ///
 /// \throws ToolError naming the target, std::bad_alloc.
 void writeTiff(const cv::Mat& picture, OutputFile& output);
+
+/// The same as an OME-TIFF: with smaller copies, each half as large as the one before, down to one
+/// tile (in the picture's SubIFDs), and with a description of the picture in OME-XML.
+///
+/// \param pixelSize  Side of a pixel in micrometres, above 0; none where it is unknown.
+void writeOmeTiff(const cv::Mat& picture, std::optional<double> pixelSize, OutputFile& output);
 
 }  // namespace framequilt::tool

@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: Apache-2.0
+#include "tools/framequilt/deep_zoom.h"
+
+#include <algorithm>
+#include <array>
+#include <fstream>
+
+#include "tools/framequilt/path_text.h"
+#include "tools/framequilt/tool_error.h"
+#include "tools/framequilt/vips_picture.h"
+
+namespace framequilt::tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+/// Without visible blocks at four times the size of a middling 75.
+constexpr const char* kQuality = "[Q=88]";
+
+/// Whether the file ends as JPEG files do.
+bool isWholeTile(const fs::path& file) {
+  constexpr int kEndSize = 2;
+  std::ifstream stream(file, std::ios::binary);
+  std::array<char, kEndSize> end{};
+  stream.seekg(-kEndSize, std::ios::end);
+  stream.read(end.data(), kEndSize);
+  return stream && end == std::array<char, kEndSize>{'\xFF', '\xD9'};
+}
+
+/// Whether every tile of a level of this size is there.
+bool isWholeLevel(const fs::path& folder, cv::Size size, const DeepZoom& pyramid) {
+  for (int row = 0; row * pyramid.tileSide < size.height; ++row) {
+    for (int col = 0; col * pyramid.tileSide < size.width; ++col) {
+      const std::string name =
+          std::to_string(col) + "_" + std::to_string(row) + "." + DeepZoom::kFormat;
+      if (!isWholeTile(folder / name)) return false;
+    }
+  }
+  return true;
+}
+
+/// libvips does not notice when a disk is full.
+bool isWhole(const fs::path& folder, cv::Size size, const DeepZoom& pyramid) {
+  int level = 0;
+  while (1LL << level < std::max(size.width, size.height)) ++level;
+  for (; level >= 0; --level) {
+    const fs::path tiles = folder / (pyramid.name + "_files") / std::to_string(level);
+    if (!isWholeLevel(tiles, size, pyramid)) return false;
+    size = {(size.width + 1) / 2, (size.height + 1) / 2};
+  }
+  return true;
+}
+
+}  // namespace
+
+void writeDeepZoom(const cv::Mat& picture, const DeepZoom& pyramid, const fs::path& folder,
+                   const fs::path& shownFolder) {
+  const GObjectPtr<VipsImage> view = vipsViewOf(picture);
+  const std::string suffix = std::string(".") + DeepZoom::kFormat + kQuality;
+  const int failed =
+      vips_dzsave(view.get(), (folder / pyramid.name).c_str(), "layout", VIPS_FOREIGN_DZ_LAYOUT_DZ,
+                  "suffix", suffix.c_str(), "tile_size", pyramid.tileSide, "overlap",
+                  pyramid.overlap, "depth", VIPS_FOREIGN_DZ_DEPTH_ONEPIXEL, nullptr);
+  vips_error_clear();
+  if (failed == 0 && isWhole(folder, picture.size(), pyramid)) return;
+  throw ToolError("the tiles of " + inQuotes(shownFolder) +
+                  " could not be written: free some space or choose another folder");
+}
+
+}  // namespace framequilt::tool
