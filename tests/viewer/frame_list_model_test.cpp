@@ -49,6 +49,19 @@ TEST(FrameListModel, ARefusalHasTheWordsOfTheLibrary) {
   EXPECT_EQ(model.advice(0), "");
 }
 
+TEST(FrameListModel, AFirstFrameThatStillWaitsAtTheEndIsRefused) {
+  FrameListModel model;
+  model.add(frameOf(1, Verdict::kWaiting));
+  QSignalSpy changed(&model, &QAbstractItemModel::dataChanged);
+  model.end();
+  EXPECT_EQ(model.stateOf(0), FrameState::kRefused);
+  EXPECT_EQ(model.outcome(0), "no later frame joined it");
+  ASSERT_EQ(changed.count(), 1);
+  EXPECT_EQ(changed[0][0].toModelIndex().row(), 0);
+  model.end();
+  EXPECT_EQ(changed.count(), 1);
+}
+
 TEST(FrameListModel, AFirstFrameThatWasGivenUpIsRefused) {
   FrameListModel model;
   model.add(frameOf(1, Verdict::kWaiting));

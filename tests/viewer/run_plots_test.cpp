@@ -38,7 +38,7 @@ TEST(RunPlots, WhichOnesDependsOnTheCriterion) {
 TEST(RunPlots, ValuesComeWithTheirLimits) {
   RunPlots plots;
   plots.begin(Criterion::kMotion, false);
-  plots.add(joined());
+  plots.add(1, joined());
   EXPECT_EQ(plots.plots()[0].series[0].values, std::vector<double>{40});
   ASSERT_EQ(plots.plots()[0].limits.size(), 1U);
   EXPECT_EQ(plots.plots()[0].limits[0].value, 11);
@@ -55,7 +55,7 @@ TEST(RunPlots, ValuesComeWithTheirLimits) {
 TEST(RunPlots, WhatWasNotMeasuredIsMissing) {
   RunPlots plots;
   plots.begin(Criterion::kOverlap, false);
-  plots.add({});  // A first frame.
+  plots.add(1, {});  // A first frame.
   for (const Plot& plot : plots.plots()) {
     for (const PlotSeries& series : plot.series) {
       ASSERT_EQ(series.values.size(), 1U) << plot.title.toStdString();

@@ -6,6 +6,7 @@
 #include <QSettings>
 #include <QSignalSpy>
 #include <QTemporaryDir>
+#include <QTest>
 #include <cstdio>
 
 #include "tools/viewer/window/main_window.h"
@@ -41,6 +42,8 @@ int main(int argc, char** argv) {
       // A frame that was refused, as the run shows it.
       window.findChild<QAction*>("nextRefused")->trigger();
       window.findChild<QAction*>("actual")->trigger();
+      // The status line waits for the end of a drag.
+      QTest::qWait(200);
     }
     QSignalSpy sharp(&window.canvas(), &viewer::MosaicCanvas::sharp);
     window.canvas().update();

@@ -4,7 +4,7 @@
 #include <string>
 #include <utility>
 
-#include "tools/framequilt/generated_scene.h"
+#include "tools/framequilt/generated_landscape.h"
 
 namespace framequilt::tool {
 namespace {
@@ -14,7 +14,7 @@ class SimulatedSource final : public FrameSource {
   SimulatedSource(const SimulationOptions& options, InputSettings settings)
       : settings_(std::move(settings)),
         shape_{options.path.frame.height, options.path.frame.width, options.gray ? 1 : 3},
-        capture_(generateScene(roomyScene(options.path), options.seed), options) {}
+        capture_(generateLandscape(roomyScene(options.path), options.seed), options) {}
 
   CaptureShape shape() const override { return shape_; }
   std::optional<std::size_t> count() const override {

@@ -29,6 +29,11 @@ void FrameListModel::add(const FrameDone& frame) {
   }
 }
 
+void FrameListModel::end() {
+  const int first = std::exchange(waiting_, -1);
+  if (first >= 0) Q_EMIT dataChanged(index(first, 0), index(first, kColumns - 1));
+}
+
 FrameState FrameListModel::stateOf(int row) const {
   if (entry(row).joined) return FrameState::kJoined;
   return row == waiting_ ? FrameState::kWaiting : FrameState::kRefused;

@@ -30,6 +30,8 @@ class FrameListModel : public QAbstractTableModel {
 
   void clear();
   void add(const FrameDone& frame);
+  /// No more frames come: a first frame that still waits was never joined.
+  void end();
 
   const tool::StitchLog& log() const { return log_; }
   const tool::StitchLog::Entry& entry(int row) const {

@@ -37,6 +37,7 @@ void RunPlots::begin(Criterion criterion, bool dynamicScene) {
   criterion_ = criterion;
   dynamicScene_ = dynamicScene;
   verdicts_.clear();
+  numbers_.clear();
   plots_ = {
       {tr("Matches"), "", {{tr("matches"), {}}}, {}},
       {tr("Offset"), tr("px"), {{tr("right"), {}}, {tr("down"), {}}}, {}},
@@ -51,7 +52,8 @@ void RunPlots::begin(Criterion criterion, bool dynamicScene) {
   }
 }
 
-void RunPlots::add(const FrameResult& result) {
+void RunPlots::add(std::size_t number, const FrameResult& result) {
+  numbers_.push_back(number);
   verdicts_.push_back(result.verdict);
   const Measures& measures = result.measures;
   const bool matched = result.verdict != Verdict::kWaiting && result.reason != Refusal::kMosaicFull;

@@ -4,6 +4,7 @@
 #include <framequilt/session.h>
 
 #include <QString>
+#include <cstddef>
 #include <vector>
 
 namespace framequilt::viewer {
@@ -38,11 +39,13 @@ struct PlotAxis {
 class RunPlots {
  public:
   void begin(Criterion criterion, bool dynamicScene);
-  void add(const FrameResult& result);
+  /// \param number  Of the frame in the capture, from 1.
+  void add(std::size_t number, const FrameResult& result);
 
   const std::vector<Plot>& plots() const { return plots_; }
   /// A frame a value.
   const std::vector<Verdict>& verdicts() const { return verdicts_; }
+  const std::vector<std::size_t>& numbers() const { return numbers_; }
 
  private:
   void addMoved(const Measures& measures);
@@ -51,6 +54,7 @@ class RunPlots {
   bool dynamicScene_ = false;
   std::vector<Plot> plots_;
   std::vector<Verdict> verdicts_;
+  std::vector<std::size_t> numbers_;
 };
 
 /// An axis with round marks for all values and limits; 0 is on it.

@@ -370,6 +370,7 @@ void MainWindow::onFrame(const FrameDone& frame) {
 }
 
 void MainWindow::onEnded(const QString& failure, bool full, bool interrupted) {
+  panel_->end();
   const tool::StitchLog& log = panel_->frames().log();
   const QString counts = tr("%1 of %2 frames joined").arg(log.joined()).arg(log.entries().size());
   const QString reasons = reasonsOf(log);
@@ -497,8 +498,12 @@ void MainWindow::updateFacts() {
         << (opened.shape.channels == 1 ? tr("gray") : tr("colour"))
         << (opened.backend == "opencl" ? tr("GPU") : tr("processor"));
   if (opened.scale != 1) facts << tr("scale %1").arg(opened.scale);
-  facts << tr("mosaic %1 x %2").arg(box.width()).arg(box.height())
-        << tr("zoom %1 %").arg(canvas_->view().scale() * 100, 0, 'g', 3);
+  if (box.isEmpty()) {
+    facts << tr("no mosaic yet");
+  } else {
+    facts << tr("mosaic %1 x %2").arg(box.width()).arg(box.height())
+          << tr("zoom %1 %").arg(canvas_->view().scale() * 100, 0, 'g', 3);
+  }
   factsLabel_->setText(facts.join(QString::fromUtf8("  \u00b7  ")));
 }
 

@@ -13,11 +13,13 @@
 namespace framequilt::viewer {
 namespace {
 
+constexpr int kLeastHeight = 92;
 constexpr double kLeft = 44;
 constexpr double kRight = 56;
 constexpr double kTop = 32;
 constexpr double kHeading = 26;
 constexpr double kBottom = 8;
+constexpr double kNumberRoom = 16;
 constexpr int kFewFrames = 60;  // Up to so many each value has a dot.
 constexpr int kFewestAcross = 20;
 constexpr double kRounding = 1e-6;  // Of a mark's number.
@@ -27,9 +29,9 @@ QString number(double value) { return QLocale::c().toString(value, 'g', 4); }
 }  // namespace
 
 PlotWidget::PlotWidget(const RunPlots& plots, std::size_t plot, QWidget* parent)
-    : QWidget(parent), plots_(plots), plot_(plot) {
+    : QWidget(parent), plots_(plots), plot_(plot), bottom_(kBottom) {
   setMouseTracking(true);
-  setMinimumHeight(92);
+  setMinimumHeight(kLeastHeight);
   setSizePolicy(QSizePolicy::Expanding, QSizePolicy::Expanding);
   setAccessibleName(this->plot().title);
 }
@@ -39,7 +41,13 @@ void PlotWidget::select(int frame) {
   update();
 }
 
-QRectF PlotWidget::inner() const { return QRectF(rect()).adjusted(kLeft, kTop, -kRight, -kBottom); }
+void PlotWidget::showFrameNumbers() {
+  bottom_ = kBottom + kNumberRoom;
+  setMinimumHeight(kLeastHeight + static_cast<int>(kNumberRoom));
+  update();
+}
+
+QRectF PlotWidget::inner() const { return QRectF(rect()).adjusted(kLeft, kTop, -kRight, -bottom_); }
 
 double PlotWidget::across(int frame) const {
   const auto count = static_cast<int>(plots_.verdicts().size());
@@ -74,6 +82,7 @@ void PlotWidget::paintEvent(QPaintEvent* /*event*/) {
   }
   for (std::size_t i = 0; i < plot().series.size(); ++i) drawSeries(painter, axis, i);
   drawLimits(painter, axis);
+  if (bottom_ > kBottom) drawFrameNumbers(painter);
 }
 
 void PlotWidget::drawHeading(QPainter& painter) const {
@@ -127,6 +136,30 @@ void PlotWidget::drawAxis(QPainter& painter, const PlotAxis& axis) const {
   }
 }
 
+/// The first, the newest, and those between whose text stands clear of its neighbours.
+void PlotWidget::drawFrameNumbers(QPainter& painter) const {
+  const auto count = static_cast<int>(plots_.numbers().size());
+  if (count == 0) return;
+  QFont small = font();
+  small.setPointSizeF(std::max(6.0, small.pointSizeF() * 0.85));
+  painter.setFont(small);
+  painter.setPen(themeFor(palette()).subtle);
+  const auto textAt = [&](int frame) {
+    return tr("frame %1")
+        .arg(static_cast<qulonglong>(plots_.numbers()[static_cast<std::size_t>(frame)]));
+  };
+  const auto draw = [&](int frame) {
+    const double wide = QFontMetricsF(small).horizontalAdvance(textAt(frame)) + 2;
+    painter.drawText(QRectF(across(frame) - wide / 2, inner().bottom() + 3, wide, kNumberRoom),
+                     Qt::AlignHCenter | Qt::AlignVCenter, textAt(frame));
+  };
+  const double room = QFontMetricsF(small).horizontalAdvance(textAt(count - 1)) * 1.8;
+  const int parts = std::max(1, static_cast<int>((across(count - 1) - across(0)) / room));
+  draw(0);
+  if (across(count - 1) - across(0) < room) return;
+  for (int i = 1; i <= std::min(parts, 4); ++i) draw((count - 1) * i / std::min(parts, 4));
+}
+
 void PlotWidget::drawLimits(QPainter& painter, const PlotAxis& axis) const {
   const Theme theme = themeFor(palette());
   QFont small = font();
@@ -177,7 +210,9 @@ void PlotWidget::drawSeries(QPainter& painter, const PlotAxis& axis, std::size_t
 void PlotWidget::mouseMoveEvent(QMouseEvent* event) {
   const int frame = frameAt(event->position().x());
   if (frame < 0) return QToolTip::hideText();
-  QStringList lines(tr("frame %1").arg(frame + 1));
+  QStringList lines(
+      tr("frame %1")
+          .arg(static_cast<qulonglong>(plots_.numbers()[static_cast<std::size_t>(frame)])));
   for (const PlotSeries& series : plot().series) {
     const double value = series.values[static_cast<std::size_t>(frame)];
     const QString text = std::isnan(value) ? tr("not measured") : number(value);

@@ -17,6 +17,8 @@ class PlotWidget : public QWidget {
   PlotWidget(const RunPlots& plots, std::size_t plot, QWidget* parent = nullptr);
 
   void select(int frame);
+  /// Below the plot, for the lowest of several.
+  void showFrameNumbers();
   QSize sizeHint() const override { return {300, 118}; }
 
  Q_SIGNALS:
@@ -34,6 +36,7 @@ class PlotWidget : public QWidget {
   int frameAt(double x) const;
   void drawHeading(QPainter& painter) const;
   void drawAxis(QPainter& painter, const PlotAxis& axis) const;
+  void drawFrameNumbers(QPainter& painter) const;
   void drawLimits(QPainter& painter, const PlotAxis& axis) const;
   void drawSeries(QPainter& painter, const PlotAxis& axis, std::size_t series) const;
   double up(const PlotAxis& axis, double value) const;
@@ -41,6 +44,7 @@ class PlotWidget : public QWidget {
   const RunPlots& plots_;
   std::size_t plot_;
   int selected_ = -1;
+  double bottom_;  // Room below the plot, in pixels.
 };
 
 }  // namespace framequilt::viewer

@@ -135,6 +135,7 @@ void SidePanel::begin(Criterion criterion, bool dynamicScene) {
     connect(plot, &PlotWidget::framePicked, this, &SidePanel::select);
     plotWidgets_.push_back(plot);
   }
+  plotWidgets_.back()->showFrameNumbers();
   describe();
 }
 
@@ -142,10 +143,15 @@ void SidePanel::begin(Criterion criterion, bool dynamicScene) {
 void SidePanel::add(const FrameDone& frame) {
   const QScrollBar* bar = list_->verticalScrollBar();
   const bool atEnd = bar->value() == bar->maximum();
-  plots_.add(frame.result);
+  plots_.add(frame.number, frame.result);
   frames_.add(frame);
   if (atEnd) list_->scrollToBottom();
   for (PlotWidget* plot : plotWidgets_) plot->update();
+  describe();
+}
+
+void SidePanel::end() {
+  frames_.end();
   describe();
 }
 

@@ -22,6 +22,8 @@ class SidePanel : public QWidget {
 
   void begin(Criterion criterion, bool dynamicScene);
   void add(const FrameDone& frame);
+  /// No more frames come.
+  void end();
   /// \param frame  -1: none.
   void select(int frame);
   int selected() const;
