@@ -28,9 +28,7 @@ TEST(GeneratedLandscape, HasTextureEverywhere) {
   }
 }
 
-TEST(GeneratedLandscape, MayBeAPixelLarge) {
-  EXPECT_EQ(generateLandscape({1, 1}, 1).total(), 1U);
-}
+TEST(GeneratedLandscape, MayBeAPixelLarge) { EXPECT_EQ(generateLandscape({1, 1}, 1).total(), 1U); }
 
 }  // namespace
 }  // namespace framequilt::tool

@@ -21,7 +21,11 @@ class MainWindowTest : public testing::Test {
   MainWindowTest() {
     window_.setAsksBeforeDiscarding(false);
     window_.show();
+    // Keys reach the active window alone, and nobody else makes one active where no window manager
+    // is.
+    window_.activateWindow();
   }
+  void SetUp() override { ASSERT_TRUE(QTest::qWaitForWindowActive(&window_, kLongWait)); }
   QAction& action(const char* name) { return *window_.findChild<QAction*>(name); }
   void runToEnd(CaptureRequest request) {
     QSignalSpy ended(&window_.run(), &RunController::ended);

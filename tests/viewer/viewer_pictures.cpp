@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 // Takes pictures of the window: viewer_pictures FOLDER NAME WIDTHxHEIGHT light|dark [CAPTURE]
 //
-// Without a capture it is the start page. A capture is a folder or a video, or "simulated".
+// Without a capture it is the start page. A capture is a folder or a video, "simulated" or
+// "simulated:200".
 #include <QApplication>
 #include <QSettings>
 #include <QSignalSpy>
+#include <QSpinBox>
 #include <QTemporaryDir>
 #include <QTest>
 #include <cstdio>
@@ -32,7 +34,9 @@ int main(int argc, char** argv) {
   window.show();
   if (words.size() > 5) {
     QSignalSpy ended(&window.run(), &viewer::RunController::ended);
-    if (words[5] == "simulated") {
+    if (words[5].startsWith("simulated")) {
+      auto* frames = window.startPage().findChild<QSpinBox*>("simulatedFrames");
+      if (words[5].contains(':')) frames->setValue(words[5].section(':', 1).toInt());
       window.openSimulation();
     } else {
       window.openInput(words[5]);

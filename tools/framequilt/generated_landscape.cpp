@@ -12,9 +12,9 @@ namespace framequilt::tool {
 namespace {
 
 constexpr int kLargestHill = 640;  // Pixels.
-constexpr int kSmallestStone = 4;
+constexpr int kSmallestStone = 2;
 // Of the next finer texture's height; more than half, so that fine texture does not vanish.
-constexpr double kRoughness = 0.56;
+constexpr double kRoughness = 0.66;
 constexpr double kWaterLevel = -0.45;
 constexpr double kHighest = 1.0;
 constexpr double kSlopeOfFullLight = 0.05;
