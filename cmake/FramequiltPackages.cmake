@@ -28,10 +28,11 @@ list(FILTER changelog_lines INCLUDE REGEX "^ -- ")
 list(GET changelog_lines 0 signature)
 string(REGEX REPLACE "^ -- (.*>)  .*" "\\1" CPACK_PACKAGE_CONTACT ${signature})
 
-set(packages libframequilt1 libframequilt-dev framequilt python3-framequilt)
+set(packages libframequilt1 libframequilt-dev framequilt framequilt-viewer python3-framequilt)
 get_cmake_property(components COMPONENTS)
 list(REMOVE_ITEM components ${packages} Unspecified)
-if(components OR NOT TARGET framequilt_tool OR NOT TARGET framequilt_python)
+if(components OR NOT TARGET framequilt_tool OR NOT TARGET framequilt_viewer
+   OR NOT TARGET framequilt_python)
   message(FATAL_ERROR "The packages are ${packages}: each needs its component, and no other one may "
                       "be installed (${components})")
 endif()
@@ -101,6 +102,15 @@ This package contains the program. It takes pictures, a video or a camera,
 and writes mosaics as PNG, JPEG, TIFF, OME-TIFF and Deep Zoom, reports, and
 pages to look at in a browser. It simulates captures, too, and evaluates
 what was stitched against the truth.")
+
+set(CPACK_DEBIAN_FRAMEQUILT-VIEWER_PACKAGE_NAME framequilt-viewer)
+set(CPACK_DEBIAN_FRAMEQUILT-VIEWER_PACKAGE_SECTION graphics)
+set(CPACK_DEBIAN_FRAMEQUILT-VIEWER_PACKAGE_DEPENDS "${library}")
+set(CPACK_DEBIAN_FRAMEQUILT-VIEWER_DESCRIPTION "stitching of camera frames into one mosaic - desktop viewer
+${about}
+This package contains the desktop viewer. The mosaic grows on the screen
+while frames come in, and of every frame it shows what was measured, and why
+it was refused.")
 
 set(CPACK_DEBIAN_PYTHON3-FRAMEQUILT_PACKAGE_NAME python3-framequilt)
 set(CPACK_DEBIAN_PYTHON3-FRAMEQUILT_PACKAGE_SECTION python)

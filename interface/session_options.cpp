@@ -9,9 +9,6 @@
 namespace framequilt {
 namespace {
 
-/// More corners than this asks for take minutes a frame.
-constexpr int kLargestCornerBudget = 1000;
-
 void require(bool holds, const std::string& what) {
   if (!holds) throw Error(ErrorCode::kInvalidOption, what);
 }

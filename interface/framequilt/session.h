@@ -91,6 +91,9 @@ enum class Backend {
 /// The largest scale that keeps every pixel: 1 where the frames are at most 6000 a side, else 2.
 constexpr int kAutoScale = 0;
 
+/// More corners than this budget asks for take minutes a frame.
+constexpr int kLargestCornerBudget = 1000;
+
 struct SessionOptions {
   int rows = 0;  ///< Size of every frame, in pixels; has to be given.
   int cols = 0;
@@ -98,8 +101,8 @@ struct SessionOptions {
   Criterion criterion = Criterion::kMotion;
   bool dynamicScene = false;  ///< Narrow limits, for a scene that moves by itself.
   int scale = kAutoScale;     ///< Frame pixels per mosaic pixel: 1, 2 or `kAutoScale`.
-  /// 0..1000; each step looks for about 31 more corners a frame (26 at scale 2). More corners join
-  /// frames that overlap less, and take longer.
+  /// 0..`kLargestCornerBudget`; each step looks for about 31 more corners a frame (26 at scale 2).
+  /// More corners join frames that overlap less, and take longer.
   int cornerBudget = 8;
   /// The mosaic is full once it has maxRows * maxCols pixels, below 2^31. It begins with 6000 x
   /// 6000 pixels, so a smaller product is reached with the first pair.

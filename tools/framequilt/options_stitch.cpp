@@ -11,9 +11,6 @@
 namespace framequilt::tool {
 namespace {
 
-// More corners than this budget asks for take minutes a frame.
-constexpr int kLargestCornerBudget = 1000;
-
 /// Takes whole numbers from 1 on, as far as an int goes.
 CLI::Validator fromOne() {
   return {[](std::string& text) {

@@ -6,27 +6,21 @@
 #include <filesystem>
 #include <memory>
 #include <opencv2/core/mat.hpp>
-#include <optional>
 #include <string>
-#include <vector>
 
 #include "tools/framequilt/console.h"
 #include "tools/framequilt/engine_lines.h"
 #include "tools/framequilt/frame_source.h"
 #include "tools/framequilt/hints.h"
 #include "tools/framequilt/interruption.h"
-#include "tools/framequilt/outlines.h"
 #include "tools/framequilt/path_text.h"
-#include "tools/framequilt/placements_text.h"
-#include "tools/framequilt/report_json.h"
 #include "tools/framequilt/stitch_log.h"
 #include "tools/framequilt/stitch_loop.h"
 #include "tools/framequilt/stitch_outputs.h"
+#include "tools/framequilt/stitch_results.h"
 
 namespace framequilt::tool {
 namespace {
-
-constexpr const char* kCropNothing = "none";
 
 Console::Amount amountOf(const StitchOptions& options) {
   if (options.quiet) return Console::Amount::kQuiet;
@@ -45,60 +39,6 @@ std::unique_ptr<FrameSource> openSource(const StitchOptions& options, Console& c
     throw ToolError(inQuotes(options.inputs.front()) + " gives only one frame: give two or more");
   }
   return source;
-}
-
-Backend backendOf(const StitchOptions& options) {
-  if (options.backend == "auto") return Backend::kAuto;
-  return options.backend == "opencl" ? Backend::kOpencl : Backend::kHost;
-}
-
-SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& shape) {
-  SessionOptions session;
-  session.rows = shape.rows;
-  session.cols = shape.cols;
-  session.channels = shape.channels;
-  session.criterion = options.mode == "overlap" ? Criterion::kOverlap : Criterion::kMotion;
-  session.dynamicScene = options.dynamicScene;
-  session.scale = options.scale;
-  session.cornerBudget = options.cornerBudget;
-  session.maxRows = options.maxRows;
-  session.maxCols = options.maxCols;
-  session.backend = backendOf(options);
-  return session;
-}
-
-/// The picture to write, and where the first placed frame lies in it.
-struct Picture {
-  cv::Mat pixels;
-  cv::Point first;
-};
-
-Picture pictureOf(const Session& session, bool withMargins) {
-  Picture picture{session.mosaic(), -session.steadyBox().tl()};
-  if (picture.pixels.empty() || !withMargins) return picture;
-  cv::Size whole;
-  cv::Point corner;
-  picture.pixels.locateROI(whole, corner);
-  picture.pixels.adjustROI(corner.y, whole.height, corner.x, whole.width);
-  picture.first += corner;
-  return picture;
-}
-
-std::vector<FrameOutline> outlinesOf(const StitchLog& log, const Picture& picture,
-                                     const SessionOptions& options, int scale) {
-  std::vector<FrameOutline> outlines;
-  for (const StitchLog::Entry& entry : log.entries()) {
-    if (!entry.joined) continue;
-    outlines.push_back(
-        {entry.number, cv::Rect(picture.first + entry.placement / scale,
-                                cv::Size(options.cols / scale, options.rows / scale))});
-  }
-  return outlines;
-}
-
-std::optional<double> mosaicPixelSize(const StitchOptions& options, int scale) {
-  if (!options.pixelSize) return std::nullopt;
-  return *options.pixelSize * scale;
 }
 
 std::string sourceText(const FrameSource& source) {
@@ -143,29 +83,12 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
   session.stop();
   console.endProgress();
 
-  const Picture picture = pictureOf(session, options.crop == kCropNothing);
-  const bool written = !picture.pixels.empty();
-  const std::string report = reportJson(
-      options,
-      {session.backend(), session.scale(), picture.pixels.size(), picture.first, source->skipped(),
-       source->dropped(), end.full, end.interrupted, cv::Size(shape.cols, shape.rows)},
-      log);
-  if (written) outputs.publishMosaic(picture.pixels);
-  outputs.publishReport(report);
-  if (written) {
-    outputs.publishPlacements(placementsText(log, options.placements));
-    outputs.publishOmeTiff(picture.pixels, mosaicPixelSize(options, session.scale()));
-    outputs.publishPyramid(picture.pixels, report);
-  }
-  outputs.publishReportPage(picture.pixels, report);
-  // Last, since it takes a second copy of the mosaic.
-  if (written && outputs.wantsOutlines()) {
-    outputs.publishOutlines(
-        withOutlines(picture.pixels, outlinesOf(log, picture, shape, session.scale())));
-  }
+  const cv::Mat mosaic = publishResults(
+      options, {session, shape, log, end, source->skipped(), source->dropped()}, outputs);
+  const bool written = !mosaic.empty();
   if (!options.quiet) {
     std::ostream& summary = options.writesToStandardOutput() ? streams.notes : streams.out;
-    summary << log.countsText() << sourceText(*source) << mosaicText(picture.pixels);
+    summary << log.countsText() << sourceText(*source) << mosaicText(mosaic);
     if (written) summary << log.timesText() << "written to: " << options.output << "\n";
     summary << pagesText(options, written);
   }
