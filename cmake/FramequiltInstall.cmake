@@ -48,9 +48,22 @@ if(TARGET framequilt_tool)
   install(TARGETS framequilt_tool RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT framequilt)
   install(FILES tools/framequilt/completion.bash RENAME framequilt
           DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT framequilt)
+
+  # The workflow finds its parts beside where the link leads.
+  set(framequilt_workflow_dir ${CMAKE_INSTALL_DATADIR}/framequilt/workflow)
+  file(RELATIVE_PATH framequilt_workflow_from_bin
+       /${CMAKE_INSTALL_BINDIR} /${framequilt_workflow_dir})
+  file(CREATE_LINK ${framequilt_workflow_from_bin}/framequilt-captures
+       ${CMAKE_CURRENT_BINARY_DIR}/framequilt-captures SYMBOLIC)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/framequilt-captures
+          DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT framequilt)
+  install(DIRECTORY workflow/ DESTINATION ${framequilt_workflow_dir} COMPONENT framequilt
+          USE_SOURCE_PERMISSIONS FILES_MATCHING PATTERN "*.py" PATTERN "Snakefile"
+          PATTERN "framequilt-captures" PATTERN "slurm_status" PATTERN "__pycache__" EXCLUDE)
+
   if(NOT FRAMEQUILT_DEBIAN_PACKAGES)
-    install(FILES tools/framequilt/framequilt.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-            COMPONENT framequilt)
+    install(FILES tools/framequilt/framequilt.1 workflow/framequilt-captures.1
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT framequilt)
     # Pages that the program writes carry this viewer.
     install(FILES tools/framequilt/page/openseadragon/LICENSE.txt
             DESTINATION ${CMAKE_INSTALL_DOCDIR} RENAME LICENSE.openseadragon COMPONENT framequilt)

@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
 # Debian packages, one for each component. scripts/packages makes them.
 #
-# Licences and changes lie in a folder of each package. The manual is compressed. The kernels lie in
+# Licences and changes lie in a folder of each package. The manuals are compressed. The kernels lie in
 # a folder named after the library's package, so that libraries with other names of their own (SONAME)
 # can be installed beside this one.
 
@@ -44,10 +44,12 @@ foreach(package IN LISTS packages)
                 ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${package})
 endforeach()
-framequilt_compress(${PROJECT_SOURCE_DIR}/tools/framequilt/framequilt.1
-                    ${CMAKE_CURRENT_BINARY_DIR}/framequilt.1.gz)
-install(FILES ${CMAKE_CURRENT_BINARY_DIR}/framequilt.1.gz
-        DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT framequilt)
+foreach(manual tools/framequilt/framequilt.1 workflow/framequilt-captures.1)
+  cmake_path(GET manual FILENAME name)
+  framequilt_compress(${PROJECT_SOURCE_DIR}/${manual} ${CMAKE_CURRENT_BINARY_DIR}/${name}.gz)
+  install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.gz
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT framequilt)
+endforeach()
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME framequilt)
@@ -96,12 +98,16 @@ pkg-config need to build against the library.")
 set(CPACK_DEBIAN_FRAMEQUILT_PACKAGE_NAME framequilt)
 set(CPACK_DEBIAN_FRAMEQUILT_PACKAGE_SECTION graphics)
 set(CPACK_DEBIAN_FRAMEQUILT_PACKAGE_DEPENDS "${library}")
+# The workflow for many captures; Snakemake brings a few hundred megabytes.
+set(CPACK_DEBIAN_FRAMEQUILT_PACKAGE_RECOMMENDS "python3:any")
+set(CPACK_DEBIAN_FRAMEQUILT_PACKAGE_SUGGESTS "snakemake, slurm-client")
 set(CPACK_DEBIAN_FRAMEQUILT_DESCRIPTION "stitching of camera frames into one mosaic - command line
 ${about}
 This package contains the program. It takes pictures, a video or a camera,
 and writes mosaics as PNG, JPEG, TIFF, OME-TIFF and Deep Zoom, reports, and
 pages to look at in a browser. It simulates captures, too, and evaluates
-what was stitched against the truth.")
+what was stitched against the truth. framequilt-captures stitches a tree of
+captures, with Snakemake, on one machine or on a Slurm cluster.")
 
 set(CPACK_DEBIAN_FRAMEQUILT-VIEWER_PACKAGE_NAME framequilt-viewer)
 set(CPACK_DEBIAN_FRAMEQUILT-VIEWER_PACKAGE_SECTION graphics)
