@@ -104,7 +104,7 @@ cv::Mat smoothedDifference(cv::Mat one, cv::Mat two) {
   PreFrameImageGrayBoundTempCpu = scratch[1].data;
   CurFrameImageGrayBoundCpu = scratch[2].data;
   CurFrameImageGrayBoundTempCpu = scratch[3].data;
-  std::printf("mean change %d\n", imageMotionModel(one.data, two.data, one.rows, one.cols, 3, 3));
+  imageMotionModel(one.data, two.data, one.rows, one.cols, 3, 3);
   PreFrameImageGrayCpu = CurFrameImageGrayCpu = nullptr;
   PreFrameImageGrayBoundCpu = PreFrameImageGrayBoundTempCpu = nullptr;
   CurFrameImageGrayBoundCpu = CurFrameImageGrayBoundTempCpu = nullptr;

@@ -5,7 +5,7 @@
 
 #include <algorithm>
 #include <array>
-#include <cmath>
+#include <cstdio>
 #include <opencv2/imgproc.hpp>
 #include <stdexcept>
 
@@ -150,6 +150,9 @@ cv::Mat growthPicture(const std::vector<State>& states) {
 
 cv::Mat writeRunPictures(const std::vector<cv::Mat>& frames, const std::string& folder) {
   const ExaminedPair pair = examine(frames.at(0), frames.at(1));
+  std::printf("corners: %zu and %zu\npairs: %zu, of which agree: %zu\nmoved by (%d, %d)\n",
+              pair.cornersOne.size(), pair.cornersTwo.size(), pair.matchedOne.size(),
+              pair.agreeingOne.size(), pair.result.placement.x, pair.result.placement.y);
   write(folder, "run-corners.jpg", cornersPicture(pair));
   write(folder, "run-matches.jpg", matchesPicture(pair));
   write(folder, "run-overlap.jpg", overlapPicture(pair));
