@@ -29,6 +29,7 @@ std::vector<cv::Mat> framesOf(const std::string& folder) {
   }
   std::sort(names.begin(), names.end());
   std::vector<cv::Mat> frames;
+  frames.reserve(names.size());
   for (const std::string& name : names) frames.push_back(cv::imread(name, cv::IMREAD_COLOR));
   if (frames.size() < 8) throw std::runtime_error("'" + folder + "' has too few pictures");
   return frames;

@@ -64,8 +64,13 @@ def test_reasons():
     assert dict(cell_of_c(row[1]) for row in rows) == constants
     assert [names_in(row[2]) for row in rows] == [[f"Refusal.{snake(name)}"] for name in names]
     for row, name in zip(rows, names):
-        words = framequilt.Refusal[snake(name)].words
-        assert row[3:] == [words.reason, measured(words), words.advice]
+        assert row[3] == framequilt.Refusal[snake(name)].words.reason
+
+
+def test_words_of_reasons():
+    rows = rows_of(PAGE, "### The words for it")
+    words = [reason.words for reason in framequilt.Refusal]
+    assert rows == [[w.reason, measured(w), w.advice] for w in words]
 
 
 def test_errors():
