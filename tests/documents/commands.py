@@ -1,7 +1,7 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: Apache-2.0
-"""Stands in for commands of the documents that would build, test or install the project, or wait for
-a camera: looks whether what they name exists. Everything else is run.
+"""Stands in for commands of the documents that would build, test or install the project, or wait
+for a camera: looks whether what they name exists. Everything else is run.
 
 usage: commands.py NAME ARGUMENT ...
 """

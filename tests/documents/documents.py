@@ -18,6 +18,8 @@ class Block(NamedTuple):
     document: str
     line: int
     tag: str
+    # What follows the tag: such a block is left to a test of its own.
+    note: str
     text: str
     # The block before, when nothing but white space lies between them.
     after: object
@@ -32,21 +34,29 @@ def blocks_of(document):
     last_end = None
     lines = (ROOT / document).read_text().splitlines()
     for number, line in enumerate(lines, 1):
-        fence = re.match(r"^```(\S*)$", line)
+        fence = re.match(r"^```(\S*) ?(.*)$", line)
         if opened is None and fence:
-            opened, begin = fence[1], number
+            opened, begin = fence.groups(), number
         elif opened is not None and line == "```":
             between = lines[last_end : begin - 1] if last_end else ["text"]
             before = found[-1] if found and not "".join(between).strip() else None
             text = "".join(f"{line}\n" for line in lines[begin : number - 1])
-            found.append(Block(document, begin, opened, text, before))
+            found.append(Block(document, begin, *opened, text, before))
             opened, last_end = None, number
     assert opened is None, f"{document}:{begin}: the block has no end"
     return found
 
 
 def all_blocks(*tags):
-    return [b for document in DOCUMENTS for b in blocks_of(document) if b.tag in tags]
+    blocks = [block for document in DOCUMENTS for block in blocks_of(document)]
+    return [block for block in blocks if block.tag in tags and not block.note]
+
+
+def blocks_with_output(document, tag):
+    """The blocks of a tag, each with the text that it is said to print, or None."""
+    blocks = blocks_of(document)
+    outputs = {block.after: block.text for block in blocks if block.tag == "text"}
+    return [(b, outputs.get(b)) for b in blocks if b.tag == tag and not b.note]
 
 
 def matches(expected, printed):

@@ -3,11 +3,13 @@
 
 import re
 import subprocess
+from pathlib import Path
 
 import pytest
 
 from documents import BUILD, DOCUMENTS, PROGRAM, ROOT, all_blocks, blocks_of, is_part_of
 
+# Tag to the test that checks such blocks.
 CHECKED = {
     "cpp": "test_compiled.py",
     "c": "test_compiled.py",
@@ -15,16 +17,22 @@ CHECKED = {
     "python": "test_python_blocks.py",
     "sh": "test_shell_blocks.py",
 }
+# The same for what follows a tag, where a block needs more than this folder has: "```sh slurm".
+CHECKED_APART = {}
 
 
 def test_documents_have_blocks():
     assert len(all_blocks(*CHECKED)) > 30
+    for test in [*CHECKED.values(), *CHECKED_APART.values()]:
+        assert (Path(__file__).parent / test).exists(), test
 
 
 @pytest.mark.parametrize("document", DOCUMENTS)
 def test_every_block_is_checked(document):
     for block in blocks_of(document):
-        if block.tag == "text":
+        if block.note:
+            assert block.note in CHECKED_APART, f"{block}: nobody checks '{block.note}'"
+        elif block.tag == "text":
             after = block.after.tag if block.after else ""
             assert after in ("python", "sh") or block in OUTPUT_OF_PICTURES, (
                 f"{block}: 'text' is what the block before prints, or what scripts/doc-pictures "

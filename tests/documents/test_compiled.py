@@ -7,7 +7,7 @@ import subprocess
 
 import pytest
 
-from documents import BUILD, ROOT, all_blocks, compiled_files, is_part_of
+from documents import ROOT, all_blocks, compiled_files, is_part_of
 
 FILES = compiled_files()
 LANGUAGES = {
@@ -37,15 +37,6 @@ def test_code_compiles(block):
     command += ["-fsyntax-only", "-Wall", "-Wextra", "-Werror", "-"]
     done = subprocess.run(command, input=block.text, capture_output=True, text=True, timeout=120)
     assert done.returncode == 0, f"{block}:\n{done.stderr}"
-
-
-@pytest.fixture(scope="module")
-def installed(tmp_path_factory):
-    prefix = tmp_path_factory.mktemp("installed")
-    subprocess.run(
-        ["cmake", "--install", BUILD, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL
-    )
-    return prefix
 
 
 TESTED_PROJECTS = [ROOT / "tests/package/c_consumer/CMakeLists.txt"]

@@ -8,7 +8,7 @@ import sys
 
 import pytest
 
-from documents import DOCUMENTS, ROOT, blocks_of, matches
+from documents import DOCUMENTS, ROOT, blocks_with_output, matches
 
 sys.path.insert(0, str(ROOT / "tests/python"))
 from captures import PATH, cut, scene  # noqa: E402
@@ -17,18 +17,16 @@ from captures import PATH, cut, scene  # noqa: E402
 GIVEN = {"README.md": lambda: {"frames": [cut(scene(700, 1000), at, 480, 640) for at in PATH]}}
 
 
-def blocks_with_output(document):
-    blocks = blocks_of(document)
-    follows = {block.after: block.text for block in blocks if block.tag == "text"}
-    return [(block, follows.get(block)) for block in blocks if block.tag == "python"]
+def python_blocks(document):
+    return blocks_with_output(document, "python")
 
 
-@pytest.mark.parametrize("document", [d for d in DOCUMENTS if blocks_with_output(d)])
+@pytest.mark.parametrize("document", [d for d in DOCUMENTS if python_blocks(d)])
 def test_blocks_print_what_is_said(document, tmp_path, monkeypatch):
     (tmp_path / "examples").symlink_to(ROOT / "examples")
     monkeypatch.chdir(tmp_path)
     names = GIVEN.get(document, dict)()
-    for block, expected in blocks_with_output(document):
+    for block, expected in python_blocks(document):
         printed = io.StringIO()
         with contextlib.redirect_stdout(printed):
             exec(compile(block.text, str(block), "exec"), names)
@@ -37,5 +35,5 @@ def test_blocks_print_what_is_said(document, tmp_path, monkeypatch):
 
 
 def test_documents_show_python():
-    assert len(blocks_with_output("docs/python.md")) >= 6
-    assert len(blocks_with_output("README.md")) == 1
+    assert len(python_blocks("docs/python.md")) >= 6
+    assert len(python_blocks("README.md")) == 1

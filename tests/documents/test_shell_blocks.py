@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: Apache-2.0
-"""Shell in the documents runs, in a folder of its own for each document. Commands that stitch, compile
-or look at files do what they say. Those that would build, test or install the project are looked at
-instead: their scripts, presets, components and packages exist."""
+"""Shell in the documents runs, in a folder of its own for each document. Commands that stitch,
+compile or look at files do what they say. Those that would build, test or install the project are
+looked at instead: their scripts, presets, components and packages exist."""
 
 import os
 import shutil
@@ -11,7 +11,7 @@ from pathlib import Path
 
 import pytest
 
-from documents import BUILD, DOCUMENTS, ROOT, blocks_of, is_part_of, lines_without_indent, matches
+from documents import BUILD, DOCUMENTS, ROOT, blocks_of, blocks_with_output, is_part_of, matches
 
 LOOKED_AT = ("apt", "cmake", "ctest", "framequilt", "ldconfig", "sudo")
 # A line that stands in one of these is run by another test.
@@ -20,23 +20,12 @@ EXAMPLES = {"docs/quick-start.md": ["quick_start.cpp"]}
 
 
 def shell_blocks(document):
-    blocks = blocks_of(document)
-    follows = {block.after: block.text for block in blocks if block.tag == "text"}
-    return [(block, follows.get(block)) for block in blocks if block.tag == "sh"]
+    return blocks_with_output(document, "sh")
 
 
 def is_tested_elsewhere(block):
     lines = [line for line in block.text.splitlines() if line.strip()]
     return all(any(is_part_of(line, path) for path in TESTED_SCRIPTS) for line in lines)
-
-
-@pytest.fixture(scope="session")
-def installed(tmp_path_factory):
-    prefix = tmp_path_factory.mktemp("installed")
-    subprocess.run(
-        ["cmake", "--install", BUILD, "--prefix", prefix], check=True, stdout=subprocess.DEVNULL
-    )
-    return prefix
 
 
 def stand_in(path, name):
