@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+/// \file
+/// What the library throws.
 #pragma once
 
 #include <stdexcept>

@@ -45,6 +45,8 @@
 #include "refusal.h"
 #include "report_sink.h"
 
+/// The C++ interface of the library, but for the entry points and parameters, whose names are
+/// older.
 namespace framequilt {
 
 /// What the bytes of a pixel are, 8 bits each.
