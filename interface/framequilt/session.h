@@ -45,8 +45,7 @@
 #include "refusal.h"
 #include "report_sink.h"
 
-/// The C++ interface of the library, but for the entry points and parameters, whose names are
-/// older.
+/// The C++ interface of the library, whose entry points and parameters lie in the global namespace.
 namespace framequilt {
 
 /// What the bytes of a pixel are, 8 bits each.
