@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+/// \file
+/// What the library throws.
 #pragma once
 
 #include <stdexcept>
@@ -8,6 +10,7 @@
 
 namespace framequilt {
 
+/// What went wrong.
 enum class ErrorCode {
   kInvalidOption,  ///< An option is out of its range; no session was opened.
   kSessionOpen,    ///< Another session of this process is open.
@@ -22,7 +25,9 @@ enum class ErrorCode {
 /// What a session throws: one line that says what is wrong and what to do.
 class FRAMEQUILT_EXPORT Error : public std::runtime_error {
  public:
+  /// \param what  The line that `what()` gives.
   Error(ErrorCode code, const std::string& what) : std::runtime_error(what), code_(code) {}
+  /// What went wrong, for a program to decide by.
   ErrorCode code() const noexcept { return code_; }
 
  private:

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+/// \file
+/// How names are offered by the shared library.
 #pragma once
 
 /// Marks what the shared library offers; everything else is hidden.

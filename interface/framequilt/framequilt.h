@@ -79,8 +79,10 @@ FRAMEQUILT_EXPORT bool uinitJoint();
 /// a function of this name and type receives the texts instead.
 FRAMEQUILT_EXPORT void CrossPlatformOutputDebugString(char* text);
 
-/// Modes of the run, as given to `initJoint`; kept until the next call of it.
-extern FRAMEQUILT_EXPORT int GStitchMode, GstaticDynamicFlag;
+/// The `stitchMode` of the run, as given to `initJoint`; kept until the next call of it.
+extern FRAMEQUILT_EXPORT int GStitchMode;
+/// The `staticDynamicFlag` of the run, likewise.
+extern FRAMEQUILT_EXPORT int GstaticDynamicFlag;
 /// True while the OpenCL backend serves the run.
 extern FRAMEQUILT_EXPORT bool openclDeviceFlag;
 /// Always false after `uinitJoint`; nothing sets it.

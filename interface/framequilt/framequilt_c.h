@@ -78,7 +78,7 @@ enum framequilt_reason {
 
 /// How a refusal is spoken of. The texts live as long as the library is loaded.
 typedef struct framequilt_words {
-  size_t size;
+  size_t size;           ///< `sizeof(framequilt_words)`
   const char* reason;    ///< "moved too far"
   const char* quantity;  ///< What was measured: "overlap".
   const char* unit;      ///< "%"; empty for a count.
@@ -92,11 +92,13 @@ FRAMEQUILT_EXPORT framequilt_code framequilt_reason_words(int32_t reason, frameq
 
 // --- Options ---
 
+/// By what frames are judged, once their offset is known.
 enum framequilt_criterion {
   FRAMEQUILT_BY_MOTION = 0,  ///< How much the view changed since the frame before.
   FRAMEQUILT_BY_OVERLAP = 1  ///< Whether both sides of the overlap are equally bright and sharp.
 };
 
+/// What does the work.
 enum framequilt_backend {
   FRAMEQUILT_BACKEND_AUTO = 0,    ///< OpenCL where machine and options allow it, else the host.
   FRAMEQUILT_BACKEND_OPENCL = 1,  ///< OpenCL or an error.
@@ -120,10 +122,11 @@ typedef void (*framequilt_log_function)(const char* line, size_t length, void* u
 /// 0 cancels the frame. Must not call the library with this session.
 typedef int32_t (*framequilt_progress_function)(int32_t stage, int64_t frame, void* user);
 
+/// How a session is to work. `framequilt_init_options` sets the defaults, named at the ends below.
 typedef struct framequilt_options {
-  size_t size;
-  int32_t rows;  ///< Size of every frame, in pixels; has to be given.
-  int32_t cols;
+  size_t size;              ///< `sizeof(framequilt_options)`
+  int32_t rows;             ///< Size of every frame, in pixels; has to be given.
+  int32_t cols;             ///< Likewise.
   int32_t channels;         ///< Of the mosaic: 3 (blue, green, red; the default) or 1 (gray).
   int32_t criterion;        ///< `framequilt_criterion`; by motion.
   int32_t dynamic_scene;    ///< Not 0: narrow limits, for a scene that moves by itself. 0.
@@ -133,10 +136,10 @@ typedef struct framequilt_options {
   int32_t max_cols;         ///< below 2^31. 20000 each.
   int32_t backend;          ///< `framequilt_backend`; auto.
   const char* kernel_file;  ///< Source of the OpenCL kernels; null: that beside the library. Null.
-  framequilt_log_function log;  ///< Receives the engine's lines; null drops them. Null.
-  void* log_user;
+  framequilt_log_function log;            ///< Receives the engine's lines; null drops them. Null.
+  void* log_user;                         ///< Handed to `log`. Null.
   framequilt_progress_function progress;  ///< May be null. Null.
-  void* progress_user;
+  void* progress_user;                    ///< Handed to `progress`. Null.
 } framequilt_options;
 
 /// Sets every member to its default. \param size  `sizeof *options`.
@@ -169,15 +172,16 @@ FRAMEQUILT_EXPORT framequilt_code framequilt_close(framequilt_session* session);
 /// failure.
 FRAMEQUILT_EXPORT const char* framequilt_last_error(const framequilt_session* session);
 
+/// What a session has decided or found out.
 typedef struct framequilt_state {
-  size_t size;
+  size_t size;          ///< `sizeof(framequilt_state)`
   int64_t first_frame;  ///< The frame that lies, or is to lie, at placement (0, 0).
   const char* backend;  ///< What does the work: "opencl" or "host". Lives as long as the library.
   int32_t scale;        ///< Frame pixels per mosaic pixel: 1 or 2.
   int32_t channels;     ///< Of the mosaic.
 } framequilt_state;
 
-/// \return FRAMEQUILT_OK, _E_ARGUMENT, _E_SIZE, _E_BUSY.
+/// Fills `state`. \return FRAMEQUILT_OK, _E_ARGUMENT, _E_SIZE, _E_BUSY.
 FRAMEQUILT_EXPORT framequilt_code framequilt_get_state(framequilt_session* session,
                                                        framequilt_state* state);
 
@@ -191,8 +195,9 @@ enum framequilt_order {
   FRAMEQUILT_GRAY = 3   ///< 1 channel.
 };
 
+/// Pixels of the caller.
 typedef struct framequilt_frame {
-  size_t size;
+  size_t size;                  ///< `sizeof(framequilt_frame)`
   const unsigned char* pixels;  ///< Top-left pixel; only read, and not kept.
   size_t stride_bytes;          ///< From a row to the next; 0 where they are packed.
   int32_t rows;                 ///< As the session's.
@@ -205,26 +210,29 @@ typedef struct framequilt_frame {
   int32_t reserved;  ///< 0
 } framequilt_frame;
 
+/// A point, or a way from one to another.
 typedef struct framequilt_point {
-  int32_t x;
-  int32_t y;
+  int32_t x;  ///< To the right.
+  int32_t y;  ///< Down.
 } framequilt_point;
 
+/// A box of pixels.
 typedef struct framequilt_rect {
-  int32_t x;
-  int32_t y;
-  int32_t width;
-  int32_t height;
+  int32_t x;       ///< Leftmost column.
+  int32_t y;       ///< Topmost row.
+  int32_t width;   ///< In columns.
+  int32_t height;  ///< In rows.
 } framequilt_rect;
 
 /// A measured value and the limit it is held against, both in one unit.
 typedef struct framequilt_measure {
-  double value;  ///< NaN where nothing could be measured.
-  double limit;
-  int32_t known;  ///< 1: measured for this frame. 0: the engine did not come so far.
-  int32_t reserved;
+  double value;      ///< NaN where nothing could be measured.
+  double limit;      ///< What it has to reach, exceed or stay below.
+  int32_t known;     ///< 1: measured for this frame. 0: the engine did not come so far.
+  int32_t reserved;  ///< 0
 } framequilt_measure;
 
+/// Whether a frame is in the mosaic.
 enum framequilt_verdict {
   FRAMEQUILT_WAITING = 0,   ///< A first frame: placed as soon as another joins it.
   FRAMEQUILT_JOINED = 1,    ///< In the mosaic.
@@ -234,7 +242,7 @@ enum framequilt_verdict {
 
 /// What became of one frame.
 typedef struct framequilt_result {
-  size_t size;
+  size_t size;           ///< `sizeof(framequilt_result)`
   int64_t frame;         ///< Frames handed over before; a cancelled one does not count.
   int32_t verdict;       ///< `framequilt_verdict`
   int32_t reason;        ///< `framequilt_reason`
@@ -282,14 +290,14 @@ FRAMEQUILT_EXPORT framequilt_code framequilt_explain(const framequilt_result* re
 
 /// The box of the mosaic that frames fill. No copy: the pixels are the session's.
 typedef struct framequilt_view {
-  size_t size;
+  size_t size;                  ///< `sizeof(framequilt_view)`
   const unsigned char* pixels;  ///< Top-left pixel; 0 where no frame lies. Do not write.
   size_t stride_bytes;          ///< From a row to the next.
-  int32_t rows;
-  int32_t cols;
-  int32_t channels;  ///< 3 (blue, green, red) or 1 (gray).
-  int32_t reserved;
-  framequilt_rect box;  ///< Where the box lies, in steady mosaic pixels.
+  int32_t rows;                 ///< Height in pixels.
+  int32_t cols;                 ///< Width in pixels.
+  int32_t channels;             ///< 3 (blue, green, red) or 1 (gray).
+  int32_t reserved;             ///< 0
+  framequilt_rect box;          ///< Where the box lies, in steady mosaic pixels.
 } framequilt_view;
 
 /// The view is valid until the next call on the session, but for those of any thread.

@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Plain records that the entry points take and fill.
 #pragma once
 
 #include <type_traits>

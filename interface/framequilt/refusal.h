@@ -10,8 +10,9 @@
 
 namespace framequilt {
 
+/// Why a frame is not in the mosaic.
 enum class Refusal {
-  kNone,
+  kNone,            ///< It is.
   kNoOverlap,       ///< No more pairs of corners agree on an offset than do by chance.
   kTooFewMatches,   ///< Some more do, but not enough to trust it.
   kMovedTooLittle,  ///< Hardly anything new is in view.
@@ -25,7 +26,7 @@ enum class Refusal {
 /// A measured value and the limit it is held against, both in one unit.
 struct Measure {
   double value = 0;  ///< NaN where nothing could be measured.
-  double limit = 0;
+  double limit = 0;  ///< What it has to reach, exceed or stay below.
 };
 
 /// How a refusal is spoken of. The texts live as long as the program.

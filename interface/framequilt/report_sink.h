@@ -1,4 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
+/// \file
+/// Where the fixed lines of the engine go.
 #pragma once
 
 #include <cstddef>

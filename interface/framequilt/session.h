@@ -45,6 +45,7 @@
 #include "refusal.h"
 #include "report_sink.h"
 
+/// The C++ interface of the library, whose entry points and parameters lie in the global namespace.
 namespace framequilt {
 
 /// What the bytes of a pixel are, 8 bits each.
@@ -53,10 +54,10 @@ enum class PixelOrder { kBgr, kRgb, kBgra, kGray };
 /// Pixels of the caller, only read and not kept.
 struct FrameView {
   const unsigned char* pixels = nullptr;  ///< Top-left pixel.
-  int rows = 0;
-  int cols = 0;
-  std::size_t strideBytes = 0;  ///< From a row to the next; 0 where they are packed.
-  PixelOrder order = PixelOrder::kBgr;
+  int rows = 0;                           ///< Height in pixels.
+  int cols = 0;                           ///< Width in pixels.
+  std::size_t strideBytes = 0;            ///< From a row to the next; 0 where they are packed.
+  PixelOrder order = PixelOrder::kBgr;    ///< Says how many bytes a pixel has, too.
 };
 
 /// By what frames are judged, once their offset is known.
@@ -72,9 +73,10 @@ enum class Stage {
   kDone,       ///< Decided; too late to cancel.
 };
 
+/// What a `ProgressCallback` is told.
 struct Progress {
-  Stage stage = Stage::kCopying;
-  std::int64_t frame = 0;  ///< As in `FrameResult`.
+  Stage stage = Stage::kCopying;  ///< Where the frame is.
+  std::int64_t frame = 0;         ///< As in `FrameResult`.
 };
 
 /// Called on the thread of `add`; false cancels the frame. Must not throw and must not call `add`
@@ -94,21 +96,22 @@ constexpr int kAutoScale = 0;
 /// More corners than this budget asks for take minutes a frame.
 constexpr int kLargestCornerBudget = 1000;
 
+/// How a session is to work. All but the size of the frames has a default.
 struct SessionOptions {
-  int rows = 0;  ///< Size of every frame, in pixels; has to be given.
-  int cols = 0;
-  int channels = 3;  ///< Of the mosaic: 3 (blue, green, red) or 1 (gray).
-  Criterion criterion = Criterion::kMotion;
-  bool dynamicScene = false;  ///< Narrow limits, for a scene that moves by itself.
-  int scale = kAutoScale;     ///< Frame pixels per mosaic pixel: 1, 2 or `kAutoScale`.
+  int rows = 0;                              ///< Size of every frame, in pixels; has to be given.
+  int cols = 0;                              ///< Likewise.
+  int channels = 3;                          ///< Of the mosaic: 3 (blue, green, red) or 1 (gray).
+  Criterion criterion = Criterion::kMotion;  ///< By what frames are judged.
+  bool dynamicScene = false;                 ///< Narrow limits, for a scene that moves by itself.
+  int scale = kAutoScale;  ///< Frame pixels per mosaic pixel: 1, 2 or `kAutoScale`.
   /// 0..`kLargestCornerBudget`; each step looks for about 31 more corners a frame (26 at scale 2).
   /// More corners join frames that overlap less, and take longer.
   int cornerBudget = 8;
   /// The mosaic is full once it has maxRows * maxCols pixels, below 2^31. It begins with 6000 x
   /// 6000 pixels, so a smaller product is reached with the first pair.
   int maxRows = 20000;
-  int maxCols = 20000;
-  Backend backend = Backend::kAuto;
+  int maxCols = 20000;               ///< See `maxRows`.
+  Backend backend = Backend::kAuto;  ///< What does the work.
   /// Source of the OpenCL kernels; empty: the file that lies beside the library. The current folder
   /// is not searched.
   std::string kernelFile;
@@ -119,6 +122,7 @@ struct SessionOptions {
   void* reportContext = nullptr;  ///< Handed to `reportSink`.
 };
 
+/// Whether a frame is in the mosaic.
 enum class Verdict {
   kWaiting,    ///< A first frame: placed as soon as another joins it.
   kJoined,     ///< In the mosaic.
@@ -142,10 +146,10 @@ struct Measures {
 /// What became of one frame.
 struct FrameResult {
   std::int64_t frame = 0;  ///< Frames handed over before; a cancelled one does not count.
-  Verdict verdict = Verdict::kWaiting;
+  Verdict verdict = Verdict::kWaiting;  ///< Whether it is in the mosaic.
 
-  Refusal reason = Refusal::kNone;
-  Measure judged;  ///< What `reason` rests on.
+  Refusal reason = Refusal::kNone;  ///< Of a refused frame.
+  Measure judged;                   ///< What `reason` rests on.
   /// Refused, like two before it, beside a first frame that nothing has joined: this frame is the
   /// first one from now on.
   bool becameFirst = false;
@@ -158,13 +162,14 @@ struct FrameResult {
   cv::Rect changed;          ///< What this frame changed, in mosaic pixels, within `mosaic()`.
   cv::Point growthShift;     ///< How far it moved whatever lay in `mosaic()` before: right, down.
 
-  Measures measures;
+  Measures measures;  ///< Each only where the engine came so far.
 };
 
 /// One line about a refused frame, such as "moved too far: overlap 6 %, needs more than 10 %"; else
 /// empty.
 FRAMEQUILT_EXPORT std::string explain(const FrameResult& result);
 
+/// A run of the library and its mosaic.
 class FRAMEQUILT_EXPORT Session {
  public:
   /// Opens the session. With OpenCL the device is looked for and the kernels are built, which may

@@ -11,8 +11,10 @@
 
 // --- Parameters of the host backend --------------------------------------------------------
 
-/// Mosaic rows and columns whose product is a full mosaic; `initJoint` replaces both.
-extern FRAMEQUILT_EXPORT int MAXROW, MAXCOL;
+/// Mosaic rows, which times `MAXCOL` are a full mosaic; `initJoint` replaces both.
+extern FRAMEQUILT_EXPORT int MAXROW;
+/// Mosaic columns, see `MAXROW`.
+extern FRAMEQUILT_EXPORT int MAXCOL;
 /// Whole-number divisor from frame size to working size. 1 and 2 find corners; 0 divides by zero
 /// at the start of a run.
 extern FRAMEQUILT_EXPORT int scale;
@@ -27,13 +29,17 @@ extern FRAMEQUILT_EXPORT float brightThCpu0;
 extern FRAMEQUILT_EXPORT float defintThCpu0;
 /// Motion value from which a frame is refused, in dynamic mode (mean gray difference, 0..255).
 extern FRAMEQUILT_EXPORT int motionValueThCpu0;
-/// Smallest and largest overlap, as a fraction of the frame, that is blended (both exclusive).
-extern FRAMEQUILT_EXPORT float ImageOverlap_minCpu, ImageOverlap_maxCpu;
+/// Smallest overlap, as a fraction of the frame, that is blended (exclusive).
+extern FRAMEQUILT_EXPORT float ImageOverlap_minCpu;
+/// Largest overlap, likewise.
+extern FRAMEQUILT_EXPORT float ImageOverlap_maxCpu;
 /// Not used.
 extern FRAMEQUILT_EXPORT int countJ;
 
-/// Smoothing taps of the corner response: first image, second image.
-extern FRAMEQUILT_EXPORT float filter2DKer[5], filter2DKer1[5];
+/// Smoothing taps of the corner response of the first image.
+extern FRAMEQUILT_EXPORT float filter2DKer[5];
+/// The same of the second image.
+extern FRAMEQUILT_EXPORT float filter2DKer1[5];
 /// Smoothing taps of the motion measure.
 extern FRAMEQUILT_EXPORT float filter2DKerModel[5];
 /// 3 x 3 smoothing weights of the brightness measure; handed on, never read.
@@ -45,30 +51,65 @@ extern FRAMEQUILT_EXPORT int filter2DKerSize[4];
 
 // --- Parameters of the OpenCL backend, in the same sense -----------------------------------
 
-extern FRAMEQUILT_EXPORT int MAXROWCL, MAXCOLCL;
-extern FRAMEQUILT_EXPORT int scaleCL, pvalueCL;
+/// As `MAXROW`.
+extern FRAMEQUILT_EXPORT int MAXROWCL;
+/// As `MAXCOL`.
+extern FRAMEQUILT_EXPORT int MAXCOLCL;
+/// As `scale`.
+extern FRAMEQUILT_EXPORT int scaleCL;
+/// As `pvalue`.
+extern FRAMEQUILT_EXPORT int pvalueCL;
+/// As `demesion`.
 extern FRAMEQUILT_EXPORT int demesionCL;
-extern FRAMEQUILT_EXPORT float brightThCL0, defintThCL0;
+/// As `brightThCpu0`.
+extern FRAMEQUILT_EXPORT float brightThCL0;
+/// As `defintThCpu0`.
+extern FRAMEQUILT_EXPORT float defintThCL0;
+/// As `motionValueThCpu0`.
 extern FRAMEQUILT_EXPORT int motionValueThCL0;
-extern FRAMEQUILT_EXPORT float ImageOverlap_minCL, ImageOverlap_maxCL;
+/// As `ImageOverlap_minCpu`.
+extern FRAMEQUILT_EXPORT float ImageOverlap_minCL;
+/// As `ImageOverlap_maxCpu`.
+extern FRAMEQUILT_EXPORT float ImageOverlap_maxCL;
+/// As element 0 of `filter2DKerSize`.
 extern FRAMEQUILT_EXPORT int filter2DKerSizeCL;
-/// Index of the platform whose name starts with "AMD" or "NVI", -1 while unknown.
-extern FRAMEQUILT_EXPORT int AMDidx, NVIDIAidx;
+/// Index of the platform whose name starts with "AMD", -1 while unknown.
+extern FRAMEQUILT_EXPORT int AMDidx;
+/// Index of the platform whose name starts with "NVI", -1 while unknown.
+extern FRAMEQUILT_EXPORT int NVIDIAidx;
 
 // --- Values of the run: a host reads them, the library writes them -------------------------
 
-/// Limits in force, 0 until a frame sets them from the mode of the run.
-extern FRAMEQUILT_EXPORT float brightThCpu, defintThCpu;
+/// Limit in force for the brightness, 0 until a frame sets it from the mode of the run.
+extern FRAMEQUILT_EXPORT float brightThCpu;
+/// Limit in force for the sharpness, likewise.
+extern FRAMEQUILT_EXPORT float defintThCpu;
+/// Limit in force for the motion, likewise.
 extern FRAMEQUILT_EXPORT int motionValueThCpu;
-extern FRAMEQUILT_EXPORT float brightThCL, defintThCL;
+/// `brightThCpu` of the OpenCL backend.
+extern FRAMEQUILT_EXPORT float brightThCL;
+/// `defintThCpu` of the OpenCL backend.
+extern FRAMEQUILT_EXPORT float defintThCL;
+/// `motionValueThCpu` of the OpenCL backend.
 extern FRAMEQUILT_EXPORT int motionValueThCL;
 
-/// Frame size of the run in pixels.
-extern FRAMEQUILT_EXPORT int RealImgRow, RealImgCol;
-/// Working size: frame size divided by `scale`, truncated.
-extern FRAMEQUILT_EXPORT int imgScaleRow, imgScaleCol;
-/// Corners wanted per image, and the cap on candidates that are spread out.
-extern FRAMEQUILT_EXPORT int numpoint, num5000;
-/// Factor and size of the image that corners are searched in: half the working size. Set by
-/// every offset estimation while `scale` is 1 or 2; for other scales they keep their values.
-extern FRAMEQUILT_EXPORT int pointdownscal, gray_pointdownscal_row, gray_pointdownscal_col;
+/// Rows of a frame of the run, in pixels.
+extern FRAMEQUILT_EXPORT int RealImgRow;
+/// Columns of a frame of the run, in pixels.
+extern FRAMEQUILT_EXPORT int RealImgCol;
+/// Rows at working size: those of a frame divided by `scale`, truncated.
+extern FRAMEQUILT_EXPORT int imgScaleRow;
+/// Columns at working size, likewise.
+extern FRAMEQUILT_EXPORT int imgScaleCol;
+/// Corners wanted per image.
+extern FRAMEQUILT_EXPORT int numpoint;
+/// Cap on the candidates for corners that are spread out.
+extern FRAMEQUILT_EXPORT int num5000;
+/// Factor from the working size to the image that corners are searched in, which has half of it.
+/// Set by every offset estimation while `scale` is 1 or 2, as are the two sizes below; for other
+/// scales they keep their values.
+extern FRAMEQUILT_EXPORT int pointdownscal;
+/// Rows of the image that corners are searched in.
+extern FRAMEQUILT_EXPORT int gray_pointdownscal_row;
+/// Columns of the image that corners are searched in.
+extern FRAMEQUILT_EXPORT int gray_pointdownscal_col;
