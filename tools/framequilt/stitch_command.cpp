@@ -33,38 +33,19 @@ Console::Amount amountOf(const StitchOptions& options) {
   return options.verbose ? Console::Amount::kVerbose : Console::Amount::kNormal;
 }
 
-std::unique_ptr<FrameSource> openSource(const StitchOptions& options, Console& console) {
+std::unique_ptr<FrameSource> openSource(const StitchOptions& options, const SourceOpener& open,
+                                        Console& console) {
   InputSettings settings;
   settings.outputs = {options.output};
   if (!options.omeTiff.empty()) settings.outputs.emplace_back(options.omeTiff);
   settings.every = options.every;
   settings.note = [&console](const std::string& text) { console.remark(text); };
   settings.interrupted = Interruption::wanted;
-  std::unique_ptr<FrameSource> source = openInputs(options.inputs, settings);
+  std::unique_ptr<FrameSource> source = open(settings);
   if (source->count() == std::size_t{1}) {
     throw ToolError(inQuotes(options.inputs.front()) + " gives only one frame: give two or more");
   }
   return source;
-}
-
-Backend backendOf(const StitchOptions& options) {
-  if (options.backend == "auto") return Backend::kAuto;
-  return options.backend == "opencl" ? Backend::kOpencl : Backend::kHost;
-}
-
-SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& shape) {
-  SessionOptions session;
-  session.rows = shape.rows;
-  session.cols = shape.cols;
-  session.channels = shape.channels;
-  session.criterion = options.mode == "overlap" ? Criterion::kOverlap : Criterion::kMotion;
-  session.dynamicScene = options.dynamicScene;
-  session.scale = options.scale;
-  session.cornerBudget = options.cornerBudget;
-  session.maxRows = options.maxRows;
-  session.maxCols = options.maxCols;
-  session.backend = backendOf(options);
-  return session;
 }
 
 /// The picture to write, and where the first placed frame lies in it.
@@ -126,20 +107,60 @@ std::string mosaicText(const cv::Mat& mosaic) {
          " pixels, " + (mosaic.channels() == 1 ? "gray" : "colour") + "\n";
 }
 
+Backend backendOf(const StitchOptions& options) {
+  if (options.backend == "auto") return Backend::kAuto;
+  return options.backend == "opencl" ? Backend::kOpencl : Backend::kHost;
+}
+
 }  // namespace
 
+SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& shape) {
+  SessionOptions session;
+  session.rows = shape.rows;
+  session.cols = shape.cols;
+  session.channels = shape.channels;
+  session.criterion = options.mode == "overlap" ? Criterion::kOverlap : Criterion::kMotion;
+  session.dynamicScene = options.dynamicScene;
+  session.scale = options.scale;
+  session.cornerBudget = options.cornerBudget;
+  session.maxRows = options.maxRows;
+  session.maxCols = options.maxCols;
+  session.backend = backendOf(options);
+  return session;
+}
+
 ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
+  const SourceOpener open = [&options](const InputSettings& settings) {
+    return openInputs(options.inputs, settings);
+  };
+  if (options.journal.empty()) return stitchCapture(options, streams, open, nullptr);
+  RunJournal journal(options.journal);
+  return stitchCapture(options, streams, open, &journal);
+}
+
+ExitStatus stitchCapture(const StitchOptions& options, const Streams& streams,
+                         const SourceOpener& open, RunJournal* journal) {
   StitchOutputs outputs(options, streams.out);
   const Interruption interruption;
   Console console(streams.notes, streams.notesOnTerminal, amountOf(options));
   const Hints hints = options.hints.empty() ? Hints() : Hints::fromFile(options.hints);
-  const std::unique_ptr<FrameSource> source = openSource(options, console);
+  const std::unique_ptr<FrameSource> source = openSource(options, open, console);
   const SessionOptions shape = sessionOptions(options, source->shape());
 
   const EngineLines lines(options.verbose);
   Session session(shape);
   StitchLog log;
-  const LoopEnd end = stitchFrames(*source, hints, session, log, console);
+  FrameWitness witness;
+  if (journal != nullptr) {
+    journal->begin(options, *source, session,
+                   [&console](const std::string& text) { console.remark(text); });
+    witness = [&](const SourceFrame& frame, const FrameResult& result) {
+      journal->take(frame, result, *source, session);
+      return true;
+    };
+  }
+  const LoopEnd end = stitchFrames(*source, hints, session, log, console, witness);
+  if (journal != nullptr) journal->requireAllTaken(end);
   session.stop();
   console.endProgress();
 
@@ -163,6 +184,7 @@ ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
     outputs.publishOutlines(
         withOutlines(picture.pixels, outlinesOf(log, picture, shape, session.scale())));
   }
+  if (journal != nullptr) journal->finish(end, session);
   if (!options.quiet) {
     std::ostream& summary = options.writesToStandardOutput() ? streams.notes : streams.out;
     summary << log.countsText() << sourceText(*source) << mosaicText(picture.pixels);
