@@ -20,9 +20,7 @@ class Hash {
     XXH3_128bits_reset(state_.get());
   }
 
-  void add(const void* bytes, std::size_t size) {
-    XXH3_128bits_update(state_.get(), bytes, size);
-  }
+  void add(const void* bytes, std::size_t size) { XXH3_128bits_update(state_.get(), bytes, size); }
 
   std::string text() const {
     const XXH128_hash_t hash = XXH3_128bits_digest(state_.get());

@@ -24,7 +24,10 @@ class KeptFrames final : public FrameSource {
  public:
   KeptFrames(const RecordedRun& run, fs::path folder, SourceOpener camera,
              const InputSettings& settings)
-      : run_(run), folder_(std::move(folder)), openCamera_(std::move(camera)), settings_(settings) {}
+      : run_(run),
+        folder_(std::move(folder)),
+        openCamera_(std::move(camera)),
+        settings_(settings) {}
 
   CaptureShape shape() const override { return run_.header().shape; }
   std::optional<std::size_t> count() const override { return std::nullopt; }
@@ -42,8 +45,10 @@ class KeptFrames final : public FrameSource {
     number_ = record.at("frame").get<std::size_t>();
     skipped_ = record.at("left_out").get<std::size_t>();
     dropped_ = record.at("dropped").get<std::size_t>();
-    return {readPicture(folder_ / record.at("path").get<std::string>(), shape().channels), number_,
-            record.at("file").get<std::string>(), {}};
+    return {readPicture(folder_ / record.at("path").get<std::string>(), shape().channels),
+            number_,
+            record.at("file").get<std::string>(),
+            {}};
   }
 
   std::optional<SourceFrame> liveFrame() {

@@ -52,8 +52,8 @@ class Comparison {
   void end() { passMissing(0); }
 
   std::string text(const cv::Mat& mosaic) const {
-    std::string lines = "frames: " + std::to_string(run_.frames()) + ", the same: " +
-                        std::to_string(same_) + "\n";
+    std::string lines =
+        "frames: " + std::to_string(run_.frames()) + ", the same: " + std::to_string(same_) + "\n";
     if (!first_.empty()) lines += "first difference: " + first_ + "\n";
     if (mosaics_ == 0) return lines + "mosaic: not recorded\n";
     if (!mosaicDifference_.empty()) return lines + "mosaic: " + mosaicDifference_ + "\n";
@@ -61,7 +61,9 @@ class Comparison {
            (mosaic.empty() ? "none" : sizeText(mosaic.rows, mosaic.cols)) + ")\n";
   }
 
-  bool same() const { return same_ == run_.frames() && first_.empty() && mosaicDifference_.empty(); }
+  bool same() const {
+    return same_ == run_.frames() && first_.empty() && mosaicDifference_.empty();
+  }
 
  private:
   void compare(const Json& was, const Json& record) {
@@ -146,13 +148,13 @@ ExitStatus replay(const ReplayOptions& options, const Streams& streams) {
   Comparison comparison(run);
   StitchLog log;
   if (run.frames() > 0) {
-    const LoopEnd end = stitchFrames(
-        *source, hints, session, log, console,
-        [&](const SourceFrame& frame, const FrameResult& result) {
-          return comparison.take(frame, result, *source, session);
-        });
+    const LoopEnd end = stitchFrames(*source, hints, session, log, console,
+                                     [&](const SourceFrame& frame, const FrameResult& result) {
+                                       return comparison.take(frame, result, *source, session);
+                                     });
     console.endProgress();
-    if (end.interrupted) throw ToolError("interrupted: nothing is known of the frames that are left");
+    if (end.interrupted)
+      throw ToolError("interrupted: nothing is known of the frames that are left");
     comparison.end();
   }
   streams.out << comparison.text(session.mosaic());

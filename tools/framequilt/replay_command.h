@@ -7,8 +7,8 @@
 
 namespace framequilt::tool {
 
-/// Stitches the recorded frames of a journal again, writes nothing, and reports whether every record
-/// and the mosaic are the same.
+/// Stitches the recorded frames of a journal again, writes nothing, and reports whether every
+/// record and the mosaic are the same.
 ///
 /// \return kDone, or kReplayDiffers.
 /// \throws ToolError, Error for a journal or frames that cannot be used.

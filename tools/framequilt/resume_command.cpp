@@ -18,8 +18,8 @@ namespace fs = std::filesystem;
 void requireSameVersion(const RunHeader& header, const fs::path& folder) {
   if (header.version == FRAMEQUILT_VERSION) return;
   throw ToolError("the journal of " + inQuotes(folder) + " was written by framequilt " +
-                  header.version + ", this is " FRAMEQUILT_VERSION
-                  ": use that version, or stitch anew");
+                  header.version +
+                  ", this is " FRAMEQUILT_VERSION ": use that version, or stitch anew");
 }
 
 ExitStatus resumeWith(const ResumeOptions& options, const Streams& streams,

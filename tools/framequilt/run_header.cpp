@@ -171,7 +171,8 @@ RunHeader readHeaderText(const std::string& text, const std::string& journal) {
   const Json object = Json::parse(text, nullptr, false);
   const auto format = object.is_object() ? object.find("journal") : object.end();
   if (format == object.end() || !format->is_number_integer()) {
-    throw ToolError(journal + " is no journal of framequilt: give a folder that 'framequilt stitch "
+    throw ToolError(journal +
+                    " is no journal of framequilt: give a folder that 'framequilt stitch "
                     "--journal' made");
   }
   if (*format != kFormat) {
@@ -181,7 +182,8 @@ RunHeader readHeaderText(const std::string& text, const std::string& journal) {
   try {
     return headerFrom(object);
   } catch (const Json::exception&) {
-    throw ToolError(journal + " line 1 is not as framequilt writes it: use the version that "
+    throw ToolError(journal +
+                    " line 1 is not as framequilt writes it: use the version that "
                     "wrote it");
   }
 }

@@ -7,10 +7,10 @@
 
 #include "tools/framequilt/camera_source.h"
 #include "tools/framequilt/frame_record.h"
-#include "tools/framequilt/recorded_source.h"
 #include "tools/framequilt/output_file.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/picture_format.h"
+#include "tools/framequilt/recorded_source.h"
 #include "tools/framequilt/run_header.h"
 
 namespace framequilt::tool {
@@ -112,22 +112,28 @@ void RunJournal::begin(const StitchOptions& options, const FrameSource& source,
 void RunJournal::take(const SourceFrame& frame, const FrameResult& result,
                       const FrameSource& source, const Session& session) {
   if (!file_) return;
-  const Json record =
-      frameRecord(frame, pathOf(frame), result, source, session.mosaic());
+  const Json record = frameRecord(frame, pathOf(frame), result, source, session.mosaic());
   if (repeats()) {
     repeat(record);
     ++taken_;
     compareMosaic(session);
-    return;
+  } else {
+    write([&] {
+      if (keepsFrames_) keepFrame(frame.pixels, frame.number, folder_);
+      file_->append(record.dump());
+    });
+    ++taken_;
   }
-  write([&] {
-    if (keepsFrames_) keepFrame(frame.pixels, frame.number, folder_);
-    file_->append(record.dump());
-  });
-  ++taken_;
-  if (checkpointEvery_ > 0 && taken_ % static_cast<std::size_t>(checkpointEvery_) == 0) {
-    checkpoint(session);
-  }
+  // Also behind a last recorded frame whose checkpoint was not written any more.
+  if (!repeats() && recordedMosaic() == nullptr && checkpointDue()) checkpoint(session);
+}
+
+const Json* RunJournal::recordedMosaic() const {
+  return run_ == nullptr ? nullptr : run_->mosaicAfter(taken_);
+}
+
+bool RunJournal::checkpointDue() const {
+  return checkpointEvery_ > 0 && taken_ % static_cast<std::size_t>(checkpointEvery_) == 0;
 }
 
 /// Empty for a frame of a video, which the header names.
@@ -163,7 +169,7 @@ void RunJournal::repeat(const Json& record) {
 }
 
 void RunJournal::compareMosaic(const Session& session) const {
-  const Json* was = run_->mosaicAfter(taken_);
+  const Json* was = recordedMosaic();
   if (was == nullptr) return;
   const auto difference = firstDifference(*was, mosaicRecord(session.mosaic()));
   if (!difference) return;
@@ -195,9 +201,7 @@ void RunJournal::requireAllTaken(const LoopEnd& end) const {
 
 void RunJournal::finish(const LoopEnd& end, const Session& session) {
   if (!file_) return;
-  write([&] {
-    file_->append(checkpointText(taken_, mosaicRecord(session.mosaic()), endOf(end)));
-  });
+  write([&] { file_->append(checkpointText(taken_, mosaicRecord(session.mosaic()), endOf(end))); });
 }
 
 }  // namespace framequilt::tool

@@ -51,6 +51,8 @@ class RunJournal {
   bool repeats() const { return run_ != nullptr && taken_ < run_->frames(); }
   void write(const std::function<void()>& action);
   void repeat(const nlohmann::ordered_json& record);
+  const nlohmann::ordered_json* recordedMosaic() const;
+  bool checkpointDue() const;
   void compareMosaic(const Session& session) const;
   std::string pathOf(const SourceFrame& frame) const;
   void checkpoint(const Session& session);
