@@ -23,8 +23,7 @@ TEST(FrameRecord, TheFirstFieldThatDiffersIsNamed) {
   EXPECT_EQ(difference(R"({"a":{"x":1,"y":2},"b":3})", R"({"a":{"x":1,"y":2},"b":3})"), "same");
   EXPECT_EQ(difference(R"({"a":{"x":1,"y":2},"b":3})", R"({"a":{"x":1,"y":4},"b":5})"),
             "a/y was 2, is 4");
-  EXPECT_EQ(difference(R"({"a":1,"b":"old"})", R"({"b":"new","a":1})"),
-            R"(b was "old", is "new")");
+  EXPECT_EQ(difference(R"({"a":1,"b":"old"})", R"({"b":"new","a":1})"), R"(b was "old", is "new")");
 }
 
 TEST(FrameRecord, AFieldOnOneSideIsADifference) {

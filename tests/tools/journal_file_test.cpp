@@ -113,7 +113,10 @@ TEST_F(JournalFileTest, AFolderThatCannotBeMadeIsNamed) {
             "folder '/nowhere' for '/nowhere/j' does not exist: create it or choose another");
   writeText(folder(), "");
   EXPECT_EQ(createError(), "'" + folder() + "' is a file: name a new folder");
-  EXPECT_EQ(toolErrorOf([] { JournalFile::created("/proc/j"); }).rfind("folder '/proc/j' cannot be created (", 0), 0U);
+  EXPECT_EQ(toolErrorOf([] {
+              JournalFile::created("/proc/j");
+            }).rfind("folder '/proc/j' cannot be created (", 0),
+            0U);
 }
 
 TEST_F(JournalFileTest, AFolderWithoutAJournalIsNamed) {

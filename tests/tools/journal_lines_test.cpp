@@ -71,10 +71,13 @@ TEST(JournalLines, ATextCutOffAnywhereKeepsTheLinesBefore) {
   const std::string text = joined(lines);
   for (std::size_t size = 0; size < text.size(); ++size) {
     const JournalLines read = readJournalLines(text.substr(0, size), "'j'");
-    const std::size_t whole = size < lines[0].size() ? 0 : size < (lines[0] + lines[1]).size() ? 1 : 2;
+    const std::size_t whole = size < lines[0].size()                ? 0
+                              : size < (lines[0] + lines[1]).size() ? 1
+                                                                    : 2;
     EXPECT_EQ(read.objects, Objects(kObjects.begin(), kObjects.begin() + static_cast<long>(whole)))
         << size;
-    EXPECT_EQ(read.goodBytes, joined(Objects(lines.begin(), lines.begin() + static_cast<long>(whole))).size());
+    EXPECT_EQ(read.goodBytes,
+              joined(Objects(lines.begin(), lines.begin() + static_cast<long>(whole))).size());
   }
 }
 

@@ -78,8 +78,9 @@ class FolderWatch {
 class ProgramJournal : public JournalCapture {
  protected:
   std::vector<std::string> command() const {
-    return {"stitch", pictures_.path(), "-o",        mosaic(),  "--placements",
-            placements(), "--report", report(), "--journal", journal(), "--checkpoint-every", "2"};
+    return {
+        "stitch",   pictures_.path(), "-o",        mosaic(),  "--placements",       placements(),
+        "--report", report(),         "--journal", journal(), "--checkpoint-every", "2"};
   }
 
   /// Kills a run as soon as its journal has `size` bytes; how many lines it has then.
@@ -167,9 +168,8 @@ TEST_F(ProgramJournal, AFullOutputFolderIsNoEnd) {
   std::filesystem::remove_all(journal());
   // The shell limits every file of the program, as a full disk would: the journal fits, the mosaic
   // does not.
-  std::vector<std::string> limited = {"/bin/sh", "-c",
-                                      "trap '' XFSZ; ulimit -f 32; exec \"$0\" \"$@\"",
-                                      FRAMEQUILT_PROGRAM};
+  std::vector<std::string> limited = {
+      "/bin/sh", "-c", "trap '' XFSZ; ulimit -f 32; exec \"$0\" \"$@\"", FRAMEQUILT_PROGRAM};
   for (const std::string& argument : command()) limited.push_back(argument);
   limited.back() = "0";
   const ProgramRun full = run(limited);
@@ -203,7 +203,8 @@ TEST_F(ProgramJournal, StatusTellsWhetherAReplayIsTheSame) {
 
 TEST_F(ProgramJournal, ThePathsMeanTheSameInAnotherFolder) {
   const std::string relative =
-      "cd \"$1\" && exec \"$0\" stitch ../\"$2\" -o mosaic.png --placements placements.csv --report "
+      "cd \"$1\" && exec \"$0\" stitch ../\"$2\" -o mosaic.png --placements placements.csv "
+      "--report "
       "report.json --journal j";
   const std::string inputs = std::filesystem::path(pictures_.path()).filename().string();
   ASSERT_EQ(run({"/bin/sh", "-c", relative, FRAMEQUILT_PROGRAM, work_.path(), inputs}).status, 0);

@@ -66,8 +66,9 @@ TEST_F(ReplayBackend, TheMeasureThatDiffersIsNamed) {
   ASSERT_EQ(stitched("opencl", "overlap"), kDone);
   EXPECT_EQ(replayed("recorded"), kDone) << out();
   EXPECT_EQ(replayed("host"), kReplayDiffers);
-  EXPECT_NE(out().find("first difference: frame 5 'f5.png': measures/sharpness_difference/value was "),
-            std::string::npos)
+  EXPECT_NE(
+      out().find("first difference: frame 5 'f5.png': measures/sharpness_difference/value was "),
+      std::string::npos)
       << out();
   EXPECT_NE(out().find("\nmosaic: the same"), std::string::npos) << out();
 }

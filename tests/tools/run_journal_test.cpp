@@ -109,7 +109,9 @@ class RunJournalTest : public JournalCapture {
     return options;
   }
 
-  int stitched(const StitchOptions& options) { return run([&](auto s) { return stitch(options, s); }); }
+  int stitched(const StitchOptions& options) {
+    return run([&](auto s) { return stitch(options, s); });
+  }
   int stitchedFrom(const StitchOptions& options, const SourceOpener& open) {
     RunJournal kept(journal());
     return run([&](auto streams) { return stitchCapture(options, streams, open, &kept); });
@@ -202,10 +204,10 @@ TEST_F(RunJournalTest, HoldsALineForEachDecisionAndForTheMosaic) {
                                                      object["verdict"].get<std::string>()
                                                : object.items().begin().key());
   }
-  EXPECT_EQ(kinds, (std::vector<std::string>{
-                       "journal", "f1.png first", "f2.png joined", "f3.png refused", "checkpoint",
-                       "f5.png refused", "f6.png joined", "f8.png joined", "checkpoint",
-                       "f9.png joined", "checkpoint"}));
+  EXPECT_EQ(kinds, (std::vector<std::string>{"journal", "f1.png first", "f2.png joined",
+                                             "f3.png refused", "checkpoint", "f5.png refused",
+                                             "f6.png joined", "f8.png joined", "checkpoint",
+                                             "f9.png joined", "checkpoint"}));
   const Json joined = Json::parse(lines()[2]);
   EXPECT_EQ(joined["path"], picture("f2.png"));
   EXPECT_EQ(joined["placement"], (Json{{"x", 80}, {"y", 0}}));
@@ -263,8 +265,9 @@ TEST_F(RunJournalTest, ResumingTellsHowManyFramesComeAgain) {
   runWhole();
   putJournal(journalOf(4));
   ASSERT_EQ(resumed(), kDone);
-  EXPECT_EQ(notes().rfind("framequilt: going again through the 4 frames of the journal, then on\n", 0),
-            0U)
+  EXPECT_EQ(
+      notes().rfind("framequilt: going again through the 4 frames of the journal, then on\n", 0),
+      0U)
       << notes();
 }
 
@@ -272,8 +275,9 @@ TEST_F(RunJournalTest, AFinishedRunIsLeftAlone) {
   runWhole();
   removeResults();
   ASSERT_EQ(resumed(), kDone);
-  EXPECT_EQ(notes(), "framequilt: the run of '" + journal() + "' is finished (7 frames, written to '" +
-                         mosaic() + "'): nothing to do\n");
+  EXPECT_EQ(notes(), "framequilt: the run of '" + journal() +
+                         "' is finished (7 frames, written to '" + mosaic() +
+                         "'): nothing to do\n");
   EXPECT_EQ(out(), "");
   EXPECT_EQ(results(), "");
   EXPECT_EQ(readText(journalFile()), whole_journal_);
@@ -372,8 +376,9 @@ TEST_F(RunJournalTest, ADamagedFrameIsNamed) {
             "place: put the frames back as they were");
   save(picture("f2.png"), texture(kRows, 600)(cv::Rect(80, 0, kCols, kRows)));
   for (const char* name : {"f5.png", "f6.png", "f8.png", "f9.png"}) cutInHalf(picture(name));
-  EXPECT_EQ(resumeError(), "frame 5 'f5.png' of the journal cannot be had any more: put it back as "
-                           "it was");
+  EXPECT_EQ(resumeError(),
+            "frame 5 'f5.png' of the journal cannot be had any more: put it back as "
+            "it was");
   writeText(picture("f5.png"), last);
   EXPECT_EQ(resumed(), kDone);
 }
@@ -383,8 +388,9 @@ TEST_F(RunJournalTest, AChangedFrameIsNamed) {
   putJournal(journalOf(4));
   removeResults();
   save(picture("f2.png"), texture(kRows, kCols, 5));
-  EXPECT_EQ(resumeError(), "frame 2 'f2.png' has changed since the run (other bytes): put it back as "
-                           "it was, or stitch anew");
+  EXPECT_EQ(resumeError(),
+            "frame 2 'f2.png' has changed since the run (other bytes): put it back as "
+            "it was, or stitch anew");
   EXPECT_EQ(work_.names(), std::vector<std::string>{"j"});
 }
 
@@ -425,9 +431,10 @@ TEST_F(RunJournalTest, ADamagedLineInTheMiddleIsNamed) {
   const std::string mark = "f5.png";
   text[text.rfind(mark) + 1] = '4';
   putJournal(text);
-  EXPECT_EQ(resumeError(), "'" + journalFile() +
-                               "' line 6 is damaged (its checksum does not fit): take a copy of the "
-                               "journal, or stitch anew");
+  EXPECT_EQ(resumeError(),
+            "'" + journalFile() +
+                "' line 6 is damaged (its checksum does not fit): take a copy of the "
+                "journal, or stitch anew");
   EXPECT_EQ(readText(journalFile()), text);
 }
 
@@ -491,10 +498,11 @@ TEST_F(RunJournalTest, InterruptedAmongTheRecordedFramesNothingIsWritten) {
     });
   };
   std::ostringstream out;
-  EXPECT_EQ(toolErrorOf([&] {
-              stitchCapture(options(), {out, out, false}, open, &kept);
-            }),
-            "interrupted before frame 3 'f3.png' of the journal: nothing is written, resume it again");
+  EXPECT_EQ(
+      toolErrorOf([&] {
+        stitchCapture(options(), {out, out, false}, open, &kept);
+      }),
+      "interrupted before frame 3 'f3.png' of the journal: nothing is written, resume it again");
   EXPECT_EQ(work_.names(), std::vector<std::string>{"j"});
   EXPECT_EQ(readText(journalFile()), before);
 }
@@ -509,10 +517,11 @@ TEST_F(RunJournalTest, ADiskThatTakesNoMoreEndsTheJournalNotTheRun) {
               if (frames == kFrames) full.reset();
             }),
             kDone);
-  EXPECT_NE(notes().find("framequilt: the journal of '" + journal() +
-                         "' could not be written (File too large): free some space; the run goes on "
-                         "without its journal\n"),
-            std::string::npos)
+  EXPECT_NE(
+      notes().find("framequilt: the journal of '" + journal() +
+                   "' could not be written (File too large): free some space; the run goes on "
+                   "without its journal\n"),
+      std::string::npos)
       << notes();
   EXPECT_EQ(results(), whole_);
   EXPECT_EQ(readText(journalFile()), whole_journal_.substr(0, readText(journalFile()).size()));
@@ -544,9 +553,9 @@ TEST_F(RunJournalTest, ACheckpointThatDoesNotFitEndsTheJournal) {
 
 TEST_F(RunJournalTest, AJournalThatCannotBeBegunIsAnErrorBeforeAnyFrame) {
   const FileSizeLimit full(100);
-  EXPECT_EQ(toolErrorOf([&] { stitched(options()); }),
-            "the journal of '" + journal() +
-                "' could not be written (File too large): free some space");
+  EXPECT_EQ(
+      toolErrorOf([&] { stitched(options()); }),
+      "the journal of '" + journal() + "' could not be written (File too large): free some space");
   EXPECT_EQ(work_.names(), std::vector<std::string>{"j"});
 }
 
@@ -554,9 +563,9 @@ TEST_F(RunJournalTest, ReplayOfTheSameIsTheSame) {
   runWhole();
   removeResults();
   EXPECT_EQ(replayed(), kDone);
-  EXPECT_EQ(out(),
-            "recorded: framequilt " FRAMEQUILT_VERSION ", host\nreplayed: framequilt " FRAMEQUILT_VERSION
-            ", host\nframes: 7, the same: 7\nmosaic: the same (530 x 150 pixels)\n");
+  EXPECT_EQ(out(), "recorded: framequilt " FRAMEQUILT_VERSION
+                   ", host\nreplayed: framequilt " FRAMEQUILT_VERSION
+                   ", host\nframes: 7, the same: 7\nmosaic: the same (530 x 150 pixels)\n");
   EXPECT_EQ(results(), "");
   EXPECT_EQ(readText(journalFile()), whole_journal_);
 }
@@ -580,8 +589,9 @@ TEST_F(RunJournalTest, ReplayNamesTheFirstFrameWhoseFileChanged) {
   runWhole();
   save(picture("f6.png"), texture(kRows, kCols, 5));
   EXPECT_EQ(replayed(), kReplayDiffers);
-  EXPECT_NE(out().find("first difference: frame 6 'f6.png': its file has changed since (bytes was "),
-            std::string::npos)
+  EXPECT_NE(
+      out().find("first difference: frame 6 'f6.png': its file has changed since (bytes was "),
+      std::string::npos)
       << out();
   EXPECT_NE(out().find("\nmosaic: differs after 6 frames ("), std::string::npos) << out();
 }
@@ -704,9 +714,10 @@ TEST_F(CameraJournal, ACameraOfAnotherSizeIsRefused) {
   const std::string all = readText(journalFile());
   writeText(journalFile(), all.substr(0, all.find("{\"checkpoint\":2")));
   ASSERT_EQ(resumedFrom(camera({160}, 100)), kDone);
-  EXPECT_NE(notes().find("framequilt: camera:0 gives frames of 100 x 150 pixels now, the run's have "
-                         "200 x 150 pixels: set it as before\n"),
-            std::string::npos)
+  EXPECT_NE(
+      notes().find("framequilt: camera:0 gives frames of 100 x 150 pixels now, the run's have "
+                   "200 x 150 pixels: set it as before\n"),
+      std::string::npos)
       << notes();
 }
 
@@ -716,9 +727,10 @@ TEST_F(CameraJournal, AKeptFrameThatIsMissingOrChangedIsNamed) {
   writeText(journalFile(), all.substr(0, all.find("{\"checkpoint\":3")));
   const std::string kept = work_.file("j/frames/000006.png");
   save(kept, noise(kRows, kCols));
-  EXPECT_EQ(toolErrorOf([&] { resumedFrom(camera({240})); }),
-            "frame 6 'camera:0#6' has changed since the run (other pixels): put it back as it was, or "
-            "stitch anew");
+  EXPECT_EQ(
+      toolErrorOf([&] { resumedFrom(camera({240})); }),
+      "frame 6 'camera:0#6' has changed since the run (other pixels): put it back as it was, or "
+      "stitch anew");
   cutInHalf(kept);
   EXPECT_EQ(toolErrorOf([&] { resumedFrom(camera({240})); }),
             "frame 6 'camera:0#6' of the journal cannot be had any more: put it back as it was");

@@ -64,6 +64,8 @@ PictureSource::PictureSource(const std::vector<fs::path>& pictures, const InputS
                  " have a transparency channel: dropped");
   noteConversion(&PictureHeader::cmyk, " has CMYK colours: converted to RGB",
                  " have CMYK colours: converted to RGB");
+  noteConversion(&PictureHeader::several, " holds several pictures: the first is taken",
+                 " hold several pictures: the first is taken");
   noteConversion(&PictureHeader::turned, " is turned upright as its EXIF data say",
                  " are turned upright as their EXIF data say");
 }
