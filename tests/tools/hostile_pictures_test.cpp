@@ -68,9 +68,9 @@ std::string hollowPng(std::uint32_t cols, std::uint32_t rows) {
 std::string hollowBitmap(std::uint32_t cols, std::uint32_t rows) {
   constexpr std::uint32_t kSize = 54 + 4 + 2;
   return "BM" + littleEndian(kSize) + littleEndian(0) + littleEndian(58) + littleEndian(40) +
-         littleEndian(cols) + littleEndian(rows) + std::string("\x01\0\x08\0", 4) + littleEndian(1) +
-         littleEndian(2) + littleEndian(0) + littleEndian(0) + littleEndian(1) + littleEndian(0) +
-         std::string("\0\0\0\0\0\x01", 6);
+         littleEndian(cols) + littleEndian(rows) + std::string("\x01\0\x08\0", 4) +
+         littleEndian(1) + littleEndian(2) + littleEndian(0) + littleEndian(0) + littleEndian(1) +
+         littleEndian(0) + std::string("\0\0\0\0\0\x01", 6);
 }
 
 /// A PNG of one picture that says it is animated.
@@ -85,9 +85,9 @@ std::string animatedPng(const cv::Mat& picture) {
 /// Two pictures, one above the other in `both`, as pages or as frames of an animation.
 void saveTwo(const std::string& file, const cv::Mat& both) {
   framequilt::tool::startVips();
-  const GObjectPtr<VipsImage> view(vips_image_new_from_memory_copy(
-      both.data, both.total() * both.elemSize(), both.cols, both.rows, both.channels(),
-      VIPS_FORMAT_UCHAR));
+  const GObjectPtr<VipsImage> view(
+      vips_image_new_from_memory_copy(both.data, both.total() * both.elemSize(), both.cols,
+                                      both.rows, both.channels(), VIPS_FORMAT_UCHAR));
   vips_image_set_int(view.get(), VIPS_META_PAGE_HEIGHT, both.rows / 2);
   if (vips_image_write_to_file(view.get(), file.c_str(), nullptr) != 0) {
     throw std::runtime_error("cannot write " + file);
@@ -158,9 +158,10 @@ std::vector<Row> rows() {
        kSeveral},
       {"pages.tif", [](const std::string& file) { saveTwo(file, texture(2 * kRows, kCols)); }, true,
        kSeveral},
-      {"moving.gif", text(std::string("GIF89a\x01\0\x01\0\x80\0\0\0\0\0\xFF\xFF\xFF,\0\0\0\0\x01\0\x01"
-                                      "\0\0\x02\x02\x44\x01\0;",
-                                      35)),
+      {"moving.gif",
+       text(std::string("GIF89a\x01\0\x01\0\x80\0\0\0\0\0\xFF\xFF\xFF,\0\0\0\0\x01\0\x01"
+                        "\0\0\x02\x02\x44\x01\0;",
+                        35)),
        false, kNoPicture},
       {"inks.jpg",
        [](const std::string& file) {
@@ -208,8 +209,8 @@ TEST_P(HostilePictures, AreTakenOrLeftOutWithARemark) {
 
   testing::internal::CaptureStderr();
   RecordedNotes notes;
-  const auto source = openPictures({folder.file("a.png"), file, folder.file("z.png")},
-                                   notes.settings());
+  const auto source =
+      openPictures({folder.file("a.png"), file, folder.file("z.png")}, notes.settings());
   const std::vector<std::string> frames = namesOfRest(*source);
   EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
   const std::vector<std::string> all = {"a.png", row.name, "z.png"};

@@ -108,6 +108,11 @@ TEST_F(JournalFileTest, AJournalWithoutALineIsBegunAgain) {
   EXPECT_EQ(read(), Lines{R"({"b":2})"});
 }
 
+TEST_F(JournalFileTest, ASlashAtTheEndMeansTheFolder) {
+  JournalFile::created(folder() + "/").append(R"({"a":1})");
+  EXPECT_EQ(JournalFile::opened(folder() + "/", Access::kRead).objects(), Lines{R"({"a":1})"});
+}
+
 TEST_F(JournalFileTest, AFolderThatCannotBeMadeIsNamed) {
   EXPECT_EQ(toolErrorOf([] { JournalFile::created("/nowhere/j"); }),
             "folder '/nowhere' for '/nowhere/j' does not exist: create it or choose another");

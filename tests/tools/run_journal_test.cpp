@@ -624,6 +624,17 @@ TEST_F(RunJournalTest, ReplayNamesFramesThatCannotBeReadAnyMore) {
       << out();
 }
 
+TEST_F(RunJournalTest, ReplayComparesTheMosaicAlsoWithoutTheLastFrame) {
+  runWhole();
+  cutInHalf(picture("f9.png"));
+  EXPECT_EQ(replayed(), kReplayDiffers);
+  EXPECT_NE(
+      out().find("first difference: frame 9 'f9.png': cannot be read any more\nmosaic: differs "
+                 "after 7 frames (cols was 530, is 440)\n"),
+      std::string::npos)
+      << out();
+}
+
 TEST_F(RunJournalTest, ReplayTellsAFrameThatCanBeReadNow) {
   runWhole();
   save(picture("f7.png"), texture(kRows, 600)(cv::Rect(200, 0, kCols, kRows)));

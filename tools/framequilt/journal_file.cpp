@@ -22,6 +22,12 @@ namespace fs = std::filesystem;
 
 constexpr const char* kName = "journal.jsonl";
 
+/// Without a slash at the end, which would hide the folder's own name.
+fs::path named(const fs::path& folder) {
+  const fs::path plain = folder.lexically_normal();
+  return plain.filename().empty() ? plain.parent_path() : plain;
+}
+
 /// Makes the folder, or takes an empty one or one with a journal.
 void prepareFolder(const fs::path& folder) {
   const fs::path parent = folder.parent_path();
@@ -102,7 +108,8 @@ JournalFile::~JournalFile() {
 
 fs::path JournalFile::file() const { return folder_ / kName; }
 
-JournalFile JournalFile::created(const fs::path& folder) {
+JournalFile JournalFile::created(const fs::path& place) {
+  const fs::path folder = named(place);
   prepareFolder(folder);
   JournalFile journal(folder, O_RDWR | O_CREAT | O_APPEND);
   journal.lock(true);

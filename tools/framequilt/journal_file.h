@@ -21,9 +21,9 @@ class JournalFile {
  public:
   enum class Access { kRead, kAppend };
 
-  /// Begins a journal in `folder`, which is made; it may be there when it is empty.
+  /// Begins a journal in the folder `place`, which is made; it may be there when it is empty.
   /// \throws ToolError naming the folder and what to do.
-  static JournalFile created(const std::filesystem::path& folder);
+  static JournalFile created(const std::filesystem::path& place);
 
   /// Opens the journal of `folder`. For appending, an incomplete last line is cut off.
   /// \throws ToolError where there is none, it is damaged, or another process has it.

@@ -49,7 +49,10 @@ class Comparison {
   }
 
   /// When no frame comes any more.
-  void end() { passMissing(0); }
+  void end(const cv::Mat& mosaic) {
+    passMissing(0);
+    if (lastCompared_ != taken_) compareMosaic(mosaic);
+  }
 
   std::string text(const cv::Mat& mosaic) const {
     std::string lines =
@@ -155,7 +158,7 @@ ExitStatus replay(const ReplayOptions& options, const Streams& streams) {
     console.endProgress();
     if (end.interrupted)
       throw ToolError("interrupted: nothing is known of the frames that are left");
-    comparison.end();
+    comparison.end(session.mosaic());
   }
   streams.out << comparison.text(session.mosaic());
   return comparison.same() && !tuning ? kDone : kReplayDiffers;

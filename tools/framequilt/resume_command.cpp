@@ -26,13 +26,13 @@ ExitStatus resumeWith(const ResumeOptions& options, const Streams& streams,
                       const SourceOpener* camera) {
   JournalFile file = JournalFile::opened(options.journal, JournalFile::Access::kAppend);
   const RecordedRun run(file);
-  requireSameVersion(run.header(), options.journal);
   if (run.isFinished()) {
     streams.notes << "framequilt: the run of " << inQuotes(options.journal) << " is finished ("
                   << run.frames() << " frames, written to " << inQuotes(run.header().options.output)
                   << "): nothing to do\n";
     return kDone;
   }
+  requireSameVersion(run.header(), options.journal);
   StitchOptions stitchOptions = recordedOptions(run, options.journal);
   stitchOptions.quiet = options.quiet;
   stitchOptions.verbose = options.verbose;
