@@ -217,3 +217,23 @@ TEST_F(ProgramErrors, WrongUsageGivesStatusTwo) {
   }
   EXPECT_EQ(outputs_.names(), std::vector<std::string>{});
 }
+
+TEST_F(ProgramErrors, TheSmallestFramesAreRefusedNotStitched) {
+  for (const cv::Size size :
+       {cv::Size(1, 1), cv::Size(2, 1), cv::Size(1, 500), cv::Size(12000, 1)}) {
+    save(one(), texture(size.height, size.width));
+    save(two(), texture(size.height, size.width, 8));
+    const ProgramRun result = framequiltRun({"stitch", one(), two(), "-o", mosaic()});
+    EXPECT_EQ(result.status, 1) << size << result.err;
+    EXPECT_NE(result.out.find("joined: 0\nrefused: 2\n"), std::string::npos) << result.out;
+  }
+}
+
+TEST_F(ProgramErrors, AScenesLimitIsLargerThanAFrames) {
+  save(one(), texture(40, 13000));
+  const TemporaryFolder captures;
+  EXPECT_EQ(framequiltRun({"simulate", one(), "-o", captures.file("c"), "--cols", "32", "--rows",
+                           "32", "--frames", "2"})
+                .status,
+            0);
+}

@@ -81,6 +81,9 @@ class CameraSource final : public FrameSource {
   }
   std::size_t skipped() const override { return frames_.skipped(); }
   std::size_t dropped() const override { return thread_.newest().dropped(); }
+  CaptureOrigin origin() const override {
+    return {{}, {}, std::string(kPrefix) + std::to_string(number_)};
+  }
 
  private:
   InputSettings settings_;

@@ -20,13 +20,15 @@ _framequilt_value() {
   'stitch --crop') _framequilt_words "$3" 'box none' ;;
   'stitch --scale') _framequilt_words "$3" '1 2 auto' ;;
   'stitch --backend') _framequilt_words "$3" 'auto opencl host' ;;
+  'replay --backend') _framequilt_words "$3" 'recorded opencl host' ;;
   'simulate --path') _framequilt_words "$3" 'serpentine drift' ;;
   'stitch -o' | 'stitch --output' | 'stitch --hints' | 'stitch --placements' | 'stitch --report' | \
     'stitch --report-html' | 'stitch --ome-tiff') _framequilt_files "$3" -f ;;
-  'stitch --pyramid' | 'simulate -o' | 'simulate --output') _framequilt_files "$3" -d ;;
+  'stitch --pyramid' | 'stitch --journal' | 'resume --inputs' | 'replay --inputs' | \
+    'simulate -o' | 'simulate --output') _framequilt_files "$3" -d ;;
   # Numbers.
   'stitch --every' | 'stitch --pixel-size' | 'stitch --corner-budget' | 'stitch --max-rows' | \
-    'stitch --max-cols') ;;
+    'stitch --max-cols' | 'stitch --checkpoint-every') ;;
   'simulate --frames' | 'simulate --cols' | 'simulate --rows' | 'simulate --overlap' | \
     'simulate --noise' | 'simulate --gain' | 'simulate --vignette' | 'simulate --blur' | \
     'simulate --rotation' | 'simulate --seed') ;;
@@ -52,13 +54,17 @@ _framequilt() {
     fi
   done
   if [[ -z $command ]]; then
-    _framequilt_words "$word" 'stitch simulate evaluate info --help --version'
+    _framequilt_words "$word" 'stitch resume replay simulate evaluate info --help --version'
     return
   fi
 
   if _framequilt_value "$command" "$before" "$word"; then return; fi
   if [[ $word != -* ]]; then
-    if [[ $command != info ]]; then _framequilt_files "$word" -f; fi
+    case $command in
+    info) ;;
+    resume | replay) _framequilt_files "$word" -d ;;
+    *) _framequilt_files "$word" -f ;;
+    esac
     return
   fi
   local options=--help
@@ -66,8 +72,10 @@ _framequilt() {
   stitch)
     options+=' --every --hints --output --crop --placements --report --outlines --ome-tiff --pyramid
       --report-html --pixel-size --mode --static --dynamic --scale --corner-budget --max-rows
-      --max-cols --backend --quiet --verbose'
+      --max-cols --backend --journal --checkpoint-every --quiet --verbose'
     ;;
+  resume) options+=' --inputs --quiet --verbose' ;;
+  replay) options+=' --inputs --backend --verbose' ;;
   simulate)
     options+=' --generated --output --frames --cols --rows --path --overlap --subpixel --noise
       --gain --vignette --blur --rotation --gray --seed'

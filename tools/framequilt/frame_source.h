@@ -26,6 +26,18 @@ struct SourceFrame {
   std::filesystem::path path;  ///< The picture's file; empty for a frame of a video or a camera.
 };
 
+/// What a capture is read from; what it is not, is empty.
+struct CaptureOrigin {
+  struct Picture {
+    std::filesystem::path path;
+    std::size_t number;  ///< As in `SourceFrame`.
+  };
+
+  std::vector<Picture> pictures;  ///< Those that are offered, in their order.
+  std::filesystem::path video;
+  std::string camera;  ///< "camera:0"
+};
+
 /// The frames of a capture, one after another. Used from one thread.
 class FrameSource {
  public:
@@ -48,6 +60,8 @@ class FrameSource {
 
   /// Frames of a camera that a newer one replaced before `next` came for them.
   virtual std::size_t dropped() const { return 0; }
+
+  virtual CaptureOrigin origin() const { return {}; }
 };
 
 struct InputSettings {
@@ -63,6 +77,9 @@ struct InputSettings {
   }
   bool stopAsked() const { return interrupted && interrupted(); }
 };
+
+/// Opens a capture; as `openInputs` does.
+using SourceOpener = std::function<std::unique_ptr<FrameSource>(const InputSettings&)>;
 
 /// Opens what `inputs` (one or more) stand for: pictures, folders of pictures and quoted patterns
 /// in the order given; or one video file; or a camera, as "camera:0".

@@ -11,8 +11,11 @@
 #include "tools/framequilt/evaluate_command.h"
 #include "tools/framequilt/info_command.h"
 #include "tools/framequilt/options_evaluate.h"
+#include "tools/framequilt/options_journal.h"
 #include "tools/framequilt/options_simulate.h"
 #include "tools/framequilt/options_stitch.h"
+#include "tools/framequilt/replay_command.h"
+#include "tools/framequilt/resume_command.h"
 #include "tools/framequilt/simulate_command.h"
 #include "tools/framequilt/stitch_command.h"
 #include "tools/framequilt/tool_error.h"
@@ -43,9 +46,13 @@ ExitStatus runProgram(int argc, char** argv) {
   app.set_version_flag("--version", "framequilt " FRAMEQUILT_VERSION);
   app.require_subcommand(1);
   StitchOptions stitchOptions;
+  ResumeOptions resumeOptions;
+  ReplayOptions replayOptions;
   SimulateOptions simulateOptions;
   EvaluateOptions evaluateOptions;
   addStitchCommand(app, stitchOptions);
+  const CLI::App& resumeCommand = addResumeCommand(app, resumeOptions);
+  const CLI::App& replayCommand = addReplayCommand(app, replayOptions);
   const CLI::App& simulateCommand = addSimulateCommand(app, simulateOptions);
   const CLI::App& evaluateCommand = addEvaluateCommand(app, evaluateOptions);
   const CLI::App& infoCommand =
@@ -58,7 +65,10 @@ ExitStatus runProgram(int argc, char** argv) {
   if (simulateCommand.parsed()) return delivered(simulate(simulateOptions, std::cout));
   if (evaluateCommand.parsed()) return delivered(evaluate(evaluateOptions, std::cout));
   if (infoCommand.parsed()) return printInfo();
-  return delivered(stitch(stitchOptions, {std::cout, std::cerr, ::isatty(STDERR_FILENO) == 1}));
+  const Streams streams{std::cout, std::cerr, ::isatty(STDERR_FILENO) == 1};
+  if (resumeCommand.parsed()) return delivered(resume(resumeOptions, streams));
+  if (replayCommand.parsed()) return delivered(replay(replayOptions, streams));
+  return delivered(stitch(stitchOptions, streams));
 }
 
 }  // namespace

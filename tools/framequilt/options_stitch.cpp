@@ -154,6 +154,20 @@ void addOutputs(CLI::App& command, StitchOptions& options) {
       ->type_name("UM");
 }
 
+void addJournal(CLI::App& command, StitchOptions& options) {
+  command
+      .add_option("--journal", options.journal,
+                  "Keep a journal in this new folder: after a crash 'framequilt resume' goes on "
+                  "with it, and 'framequilt replay' checks it")
+      ->type_name("DIR");
+  command
+      .add_option("--checkpoint-every", options.checkpointEvery,
+                  "Write the mosaic so far into the journal's folder every N frames (0: never)")
+      ->check(CLI::Range(0, std::numeric_limits<int>::max()))
+      ->type_name("N")
+      ->capture_default_str();
+}
+
 void addTalk(CLI::App& command, StitchOptions& options) {
   CLI::Option* quiet = command.add_flag("--quiet", options.quiet,
                                         "Neither progress nor summary; only what is amiss");
@@ -172,6 +186,7 @@ CLI::App& addStitchCommand(CLI::App& app, StitchOptions& options) {
   addOutputs(command, options);
   addJudging(command, options);
   addBackend(command, options);
+  addJournal(command, options);
   addTalk(command, options);
   command.callback([&options] { requireLimitFits(options); });
   command.footer(

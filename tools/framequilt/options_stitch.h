@@ -31,6 +31,8 @@ struct StitchOptions {
   int maxCols = SessionOptions().maxCols;
   int every = 1;
   std::string crop = "box";
+  std::string journal;        ///< Folder; empty: none is kept.
+  int checkpointEvery = 100;  ///< Frames; 0: none.
   bool quiet = false;
   bool verbose = false;
 

@@ -44,6 +44,18 @@ void requireReadable(const fs::path& picture) {
   }
 }
 
+void requireWithin(const PictureLimit& limit, const fs::path& picture, std::int64_t rows,
+                   std::int64_t cols) {
+  const std::string size = inQuotes(picture) + " has " + std::to_string(cols) + " x " +
+                           std::to_string(rows) + " pixels, more than ";
+  if (std::max(rows, cols) > limit.side) {
+    throw PictureError(size + std::to_string(limit.side) + " a side");
+  }
+  if (rows * cols > limit.pixels) {
+    throw PictureError(size + std::to_string(limit.pixels) + " in all");
+  }
+}
+
 /// Errors gather in a text of the process that nobody reads here.
 struct VipsErrorsCleared {
   VipsErrorsCleared() = default;
@@ -78,7 +90,8 @@ bool isColour(VipsImage* image) {
   return vips_image_get_bands(image) - transparency >= 3;
 }
 
-PictureHeader headerOf(const fs::path& picture, VipsImage* image) {
+PictureHeader headerOf(const fs::path& picture, const PictureLimit& limit, VipsImage* image) {
+  requireWithin(limit, picture, vips_image_get_height(image), vips_image_get_width(image));
   const VipsBandFormat format = vips_image_get_format(image);
   if (format != VIPS_FORMAT_UCHAR && format != VIPS_FORMAT_USHORT) {
     throw PictureError(inQuotes(picture) + " has neither 8 nor 16 bits per channel");
@@ -92,6 +105,7 @@ PictureHeader headerOf(const fs::path& picture, VipsImage* image) {
   header.transparency = vips_image_hasalpha(image);
   header.turned = vips_image_get_orientation(image) != 1;
   header.cmyk = isCmyk(image);
+  header.several = vips_image_get_n_pages(image) > 1;
   return header;
 }
 
@@ -150,16 +164,18 @@ cv::Mat pixelsOf(const fs::path& picture, VipsImage* rgbOrGray) {
   return pixels;
 }
 
-cv::Mat decode(const fs::path& picture) {
+cv::Mat decode(const fs::path& picture, const PictureLimit& limit) {
   const VipsErrorsCleared afterwards;
   ImagePtr image = open(picture);
-  const bool turned = headerOf(picture, image.get()).turned;
+  const bool turned = headerOf(picture, limit, image.get()).turned;
   image = inEightBits(picture, std::move(image));
   if (turned) image = upright(picture, std::move(image));
   return pixelsOf(picture, image.get());
 }
 
-cv::Mat decodeBitmap(const fs::path& picture) {
+cv::Mat decodeBitmap(const fs::path& picture, const PictureLimit& limit) {
+  const BitmapSize size = bitmapSize(picture);
+  requireWithin(limit, picture, size.rows, size.cols);
   cv::Mat pixels = readBitmap(picture);
   if (pixels.empty()) throwDamaged(picture);
   return pixels;
@@ -167,10 +183,10 @@ cv::Mat decodeBitmap(const fs::path& picture) {
 
 }  // namespace
 
-PictureHeader readHeader(const fs::path& picture) {
+PictureHeader readHeader(const fs::path& picture, const PictureLimit& limit) {
   requireReadable(picture);
   if (isBitmap(picture)) {
-    const cv::Mat pixels = decodeBitmap(picture);
+    const cv::Mat pixels = decodeBitmap(picture, limit);
     PictureHeader header{};
     header.rows = pixels.rows;
     header.cols = pixels.cols;
@@ -178,12 +194,12 @@ PictureHeader readHeader(const fs::path& picture) {
     return header;
   }
   const VipsErrorsCleared afterwards;
-  return headerOf(picture, open(picture).get());
+  return headerOf(picture, limit, open(picture).get());
 }
 
-cv::Mat readPicture(const fs::path& picture, int channels) {
+cv::Mat readPicture(const fs::path& picture, int channels, const PictureLimit& limit) {
   requireReadable(picture);
-  cv::Mat pixels = isBitmap(picture) ? decodeBitmap(picture) : decode(picture);
+  cv::Mat pixels = isBitmap(picture) ? decodeBitmap(picture, limit) : decode(picture, limit);
   if (channels == 3 && pixels.channels() == 1) cv::cvtColor(pixels, pixels, cv::COLOR_GRAY2BGR);
   if (channels == 1 && pixels.channels() == 3) cv::cvtColor(pixels, pixels, cv::COLOR_BGR2GRAY);
   return pixels;

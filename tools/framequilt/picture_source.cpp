@@ -27,11 +27,14 @@ struct Surveyed {
 class PictureSource final : public FrameSource {
  public:
   PictureSource(const std::vector<fs::path>& pictures, const InputSettings& settings);
+  PictureSource(const std::vector<CaptureOrigin::Picture>& pictures, const CaptureShape& shape,
+                std::size_t leftOut, const InputSettings& settings);
 
   CaptureShape shape() const override { return shape_; }
   std::optional<std::size_t> count() const override { return pictures_.size() - damaged_; }
   std::optional<SourceFrame> next() override;
   std::size_t skipped() const override { return unusable_ + damaged_; }
+  CaptureOrigin origin() const override;
 
  private:
   void survey(const std::vector<fs::path>& pictures);
@@ -61,8 +64,25 @@ PictureSource::PictureSource(const std::vector<fs::path>& pictures, const InputS
                  " have a transparency channel: dropped");
   noteConversion(&PictureHeader::cmyk, " has CMYK colours: converted to RGB",
                  " have CMYK colours: converted to RGB");
+  noteConversion(&PictureHeader::several, " holds several pictures: the first is taken",
+                 " hold several pictures: the first is taken");
   noteConversion(&PictureHeader::turned, " is turned upright as its EXIF data say",
                  " are turned upright as their EXIF data say");
+}
+
+PictureSource::PictureSource(const std::vector<CaptureOrigin::Picture>& pictures,
+                             const CaptureShape& shape, std::size_t leftOut,
+                             const InputSettings& settings)
+    : settings_(settings), shape_(shape), unusable_(leftOut) {
+  for (const auto& [path, number] : pictures) pictures_.push_back({path, number, {}});
+}
+
+CaptureOrigin PictureSource::origin() const {
+  CaptureOrigin origin;
+  for (const Surveyed& picture : pictures_) {
+    origin.pictures.push_back({picture.path, picture.number});
+  }
+  return origin;
 }
 
 /// Reads the headers.
@@ -159,6 +179,12 @@ std::optional<SourceFrame> PictureSource::next() {
 std::unique_ptr<FrameSource> openPictures(const std::vector<fs::path>& pictures,
                                           const InputSettings& settings) {
   return std::make_unique<PictureSource>(pictures, settings);
+}
+
+std::unique_ptr<FrameSource> reopenPictures(const std::vector<CaptureOrigin::Picture>& pictures,
+                                            const CaptureShape& shape, std::size_t leftOut,
+                                            const InputSettings& settings) {
+  return std::make_unique<PictureSource>(pictures, shape, leftOut, settings);
 }
 
 }  // namespace framequilt::tool

@@ -18,4 +18,12 @@ namespace framequilt::tool {
 std::unique_ptr<FrameSource> openPictures(const std::vector<std::filesystem::path>& pictures,
                                           const InputSettings& settings);
 
+/// The pictures of a capture whose shape is known, as `FrameSource::origin` told them: no headers
+/// are read.
+///
+/// \param leftOut  Pictures that were left out already.
+std::unique_ptr<FrameSource> reopenPictures(const std::vector<CaptureOrigin::Picture>& pictures,
+                                            const CaptureShape& shape, std::size_t leftOut,
+                                            const InputSettings& settings);
+
 }  // namespace framequilt::tool

@@ -1,35 +1,14 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/report_json.h"
 
-#include <cmath>
 #include <nlohmann/json.hpp>
-#include <optional>
 
-#include "tools/framequilt/measure_fields.h"
+#include "tools/framequilt/measures_json.h"
 
 namespace framequilt::tool {
 namespace {
 
 using Json = nlohmann::ordered_json;
-
-Json json(cv::Point point) { return {{"x", point.x}, {"y", point.y}}; }
-
-/// Null where nothing could be measured: JSON has no not-a-number.
-Json json(const Measure& measure) {
-  Json value = std::isnan(measure.value) ? Json(nullptr) : Json(measure.value);
-  return {{"value", value}, {"limit", measure.limit}};
-}
-
-Json json(const Measures& measures) {
-  Json object = Json::object();
-  for (const MeasureField& field : measureFields()) {
-    if (const std::optional<Measure> measure = field.of(measures)) {
-      object[field.name] = json(*measure);
-    }
-  }
-  if (measures.offset) object["offset"] = json(*measures.offset);
-  return object;
-}
 
 Json reasonJson(const StitchLog::Entry& entry) {
   const FrameResult& result = entry.result;
@@ -38,7 +17,7 @@ Json reasonJson(const StitchLog::Entry& entry) {
   const RefusalWords& words = wordsFor(result.reason);
   reason["quantity"] = words.quantity;
   reason["unit"] = words.unit;
-  reason.update(json(result.judged));
+  reason.update(measureJson(result.judged));
   reason["explanation"] = explain(result);
   reason["advice"] = words.advice;
   return reason;
@@ -47,14 +26,14 @@ Json reasonJson(const StitchLog::Entry& entry) {
 Json json(const StitchLog::Entry& entry) {
   Json frame = {{"frame", entry.number}, {"file", entry.name}, {"joined", entry.joined}};
   if (entry.joined) {
-    frame["placement"] = json(entry.placement);
+    frame["placement"] = pointJson(entry.placement);
   } else {
     frame["reason"] = reasonJson(entry);
   }
   if (entry.result.becameFirst) frame["became_first"] = true;
   // A first frame was matched with nothing.
   if (entry.milliseconds) {
-    frame["measures"] = json(entry.result.measures);
+    frame["measures"] = measuresJson(entry.result.measures);
     frame["milliseconds"] = *entry.milliseconds;
   }
   return frame;
@@ -77,7 +56,7 @@ Json json(const RunFacts& facts) {
   if (facts.mosaic.empty()) return nullptr;
   return {{"cols", facts.mosaic.width},
           {"rows", facts.mosaic.height},
-          {"first_frame", json(facts.firstInMosaic)}};
+          {"first_frame", pointJson(facts.firstInMosaic)}};
 }
 
 }  // namespace

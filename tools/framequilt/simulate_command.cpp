@@ -20,7 +20,7 @@ namespace fs = std::filesystem;
 /// Gray or blue-green-red, in 8 bits.
 cv::Mat readScene(const fs::path& file) {
   try {
-    return readPicture(file, readHeader(file).colour ? 3 : 1);
+    return readPicture(file, readHeader(file, kSceneLimit).colour ? 3 : 1, kSceneLimit);
   } catch (const PictureError&) {
     throw ToolError("scene " + inQuotes(file) +
                     " cannot be read as a picture: check the path, or save it as .png or .jpg");

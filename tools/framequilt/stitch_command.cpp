@@ -14,6 +14,7 @@
 #include "tools/framequilt/hints.h"
 #include "tools/framequilt/interruption.h"
 #include "tools/framequilt/path_text.h"
+#include "tools/framequilt/run_journal.h"
 #include "tools/framequilt/stitch_log.h"
 #include "tools/framequilt/stitch_loop.h"
 #include "tools/framequilt/stitch_outputs.h"
@@ -27,14 +28,15 @@ Console::Amount amountOf(const StitchOptions& options) {
   return options.verbose ? Console::Amount::kVerbose : Console::Amount::kNormal;
 }
 
-std::unique_ptr<FrameSource> openSource(const StitchOptions& options, Console& console) {
+std::unique_ptr<FrameSource> openSource(const StitchOptions& options, const SourceOpener& open,
+                                        Console& console) {
   InputSettings settings;
   settings.outputs = {options.output};
   if (!options.omeTiff.empty()) settings.outputs.emplace_back(options.omeTiff);
   settings.every = options.every;
   settings.note = [&console](const std::string& text) { console.remark(text); };
   settings.interrupted = Interruption::wanted;
-  std::unique_ptr<FrameSource> source = openInputs(options.inputs, settings);
+  std::unique_ptr<FrameSource> source = open(settings);
   if (source->count() == std::size_t{1}) {
     throw ToolError(inQuotes(options.inputs.front()) + " gives only one frame: give two or more");
   }
@@ -69,23 +71,44 @@ std::string mosaicText(const cv::Mat& mosaic) {
 }  // namespace
 
 ExitStatus stitch(const StitchOptions& options, const Streams& streams) {
+  const SourceOpener open = [&options](const InputSettings& settings) {
+    return openInputs(options.inputs, settings);
+  };
+  if (options.journal.empty()) return stitchCapture(options, streams, open, nullptr);
+  RunJournal journal(options.journal);
+  return stitchCapture(options, streams, open, &journal);
+}
+
+ExitStatus stitchCapture(const StitchOptions& options, const Streams& streams,
+                         const SourceOpener& open, RunJournal* journal) {
   StitchOutputs outputs(options, streams.out);
   const Interruption interruption;
   Console console(streams.notes, streams.notesOnTerminal, amountOf(options));
   const Hints hints = options.hints.empty() ? Hints() : Hints::fromFile(options.hints);
-  const std::unique_ptr<FrameSource> source = openSource(options, console);
+  const std::unique_ptr<FrameSource> source = openSource(options, open, console);
   const SessionOptions shape = sessionOptions(options, source->shape());
 
   const EngineLines lines(options.verbose);
   Session session(shape);
   StitchLog log;
-  const LoopEnd end = stitchFrames(*source, hints, session, log, console);
+  FrameWitness witness;
+  if (journal != nullptr) {
+    journal->begin(options, *source, session,
+                   [&console](const std::string& text) { console.remark(text); });
+    witness = [&](const SourceFrame& frame, const FrameResult& result) {
+      journal->take(frame, result, *source, session);
+      return true;
+    };
+  }
+  const LoopEnd end = stitchFrames(*source, hints, session, log, console, witness);
+  if (journal != nullptr) journal->requireAllTaken(end);
   session.stop();
   console.endProgress();
 
   const cv::Mat mosaic = publishResults(
       options, {session, shape, log, end, source->skipped(), source->dropped()}, outputs);
   const bool written = !mosaic.empty();
+  if (journal != nullptr) journal->finish(end, session);
   if (!options.quiet) {
     std::ostream& summary = options.writesToStandardOutput() ? streams.notes : streams.out;
     summary << log.countsText() << sourceText(*source) << mosaicText(mosaic);

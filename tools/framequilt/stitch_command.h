@@ -3,7 +3,9 @@
 
 #include <ostream>
 
+#include "tools/framequilt/frame_source.h"
 #include "tools/framequilt/options_stitch.h"
+#include "tools/framequilt/run_journal.h"
 #include "tools/framequilt/tool_error.h"
 
 namespace framequilt::tool {
@@ -21,5 +23,11 @@ struct Streams {
 /// \return kMosaicWritten, or kNothingJoined with no mosaic written.
 /// \throws ToolError, Error for input, options or output that cannot be used.
 ExitStatus stitch(const StitchOptions& options, const Streams& streams);
+
+/// The same for the capture that `open` opens, by a journal unless that is null.
+/// \throws JournalError for frames that do not come out as the journal has them; nothing is
+/// written.
+ExitStatus stitchCapture(const StitchOptions& options, const Streams& streams,
+                         const SourceOpener& open, RunJournal* journal);
 
 }  // namespace framequilt::tool

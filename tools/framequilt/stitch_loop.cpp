@@ -8,6 +8,7 @@
 #include <string>
 
 #include "tools/framequilt/interruption.h"
+#include "tools/framequilt/journal_file.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/progress_text.h"
 
@@ -28,16 +29,26 @@ std::string firstLine(const std::string& text) { return text.substr(0, text.find
 /// One pass over a capture.
 class Loop {
  public:
-  Loop(FrameSource& source, const Hints& hints, Session& session, StitchLog& log, Console& console)
-      : source_(source), hints_(hints), session_(session), log_(log), console_(console) {}
+  Loop(FrameSource& source, const Hints& hints, Session& session, StitchLog& log, Console& console,
+       const FrameWitness& witness)
+      : source_(source),
+        hints_(hints),
+        session_(session),
+        log_(log),
+        console_(console),
+        witness_(witness) {}
 
   LoopEnd run() {
     try {
       while (takeNext()) {
       }
+    } catch (const JournalError&) {
+      throw;
     } catch (const std::bad_alloc&) {
+      end_.brokenOff = true;
       console_.remark("out of memory: use --scale 2 or fewer pictures");
     } catch (const std::exception& failure) {
+      end_.brokenOff = true;
       // Whatever a decoder throws: what has been joined so far is worth more than the reason.
       console_.remark(firstLine(failure.what()));
     }
@@ -55,7 +66,8 @@ class Loop {
     log_.add(frame->number, frame->name, result, millisecondsSince(start));
     former_ = frame->number;
     tell(*frame, result);
-    return !result.full || full();
+    const bool goesOn = !witness_ || witness_(*frame, result);
+    return goesOn && (!result.full || full());
   }
 
   bool interrupted() {
@@ -92,6 +104,7 @@ class Loop {
   Session& session_;
   StitchLog& log_;
   Console& console_;
+  const FrameWitness& witness_;
   LoopEnd end_;
   std::size_t former_ = 0;  // Number of the frame before.
   Clock::time_point started_ = Clock::now();
@@ -100,8 +113,8 @@ class Loop {
 }  // namespace
 
 LoopEnd stitchFrames(FrameSource& source, const Hints& hints, Session& session, StitchLog& log,
-                     Console& console) {
-  return Loop(source, hints, session, log, console).run();
+                     Console& console, const FrameWitness& witness) {
+  return Loop(source, hints, session, log, console, witness).run();
 }
 
 }  // namespace framequilt::tool

@@ -26,7 +26,8 @@ void requireDifferent(const StitchOptions& options) {
   for (const std::string& text : {options.placements, options.report}) {
     if (!text.empty() && text != kStandardOutput) outputs.emplace_back(text);
   }
-  for (const std::string& name : {options.omeTiff, options.pyramid, options.reportHtml}) {
+  for (const std::string& name :
+       {options.omeTiff, options.pyramid, options.reportHtml, options.journal}) {
     if (!name.empty()) outputs.emplace_back(name);
   }
   std::set<fs::path> seen;

@@ -12,6 +12,12 @@ class ToolError : public std::runtime_error {
 };
 
 /// What the program returns to its caller.
-enum ExitStatus : int { kDone = 0, kMosaicWritten = kDone, kNothingJoined = 1, kBadInput = 2 };
+enum ExitStatus : int {
+  kDone = 0,
+  kMosaicWritten = kDone,
+  kNothingJoined = 1,
+  kReplayDiffers = 1,
+  kBadInput = 2
+};
 
 }  // namespace framequilt::tool

@@ -59,6 +59,7 @@ class VideoSource final : public FrameSource {
  public:
   VideoSource(const fs::path& file, const InputSettings& settings)
       : settings_(settings),
+        file_(file),
         capture_(capture(file)),
         stepper_({[this] { return capture_.grab(); },
                   [this](cv::Mat& pixels) { return capture_.retrieve(pixels); }},
@@ -81,9 +82,11 @@ class VideoSource final : public FrameSource {
     return settings_.stopAsked() ? std::nullopt : frames_.next();
   }
   std::size_t skipped() const override { return frames_.skipped(); }
+  CaptureOrigin origin() const override { return {{}, file_, {}}; }
 
  private:
   InputSettings settings_;
+  fs::path file_;
   cv::VideoCapture capture_;
   FrameStepper stepper_;
   StreamFrames frames_;

@@ -18,10 +18,10 @@ bool start() {
   vips_cache_set_max(0);  // Every picture is read once.
   vips_concurrency_set(kWorkers);
   // Its remarks name neither file nor remedy; failures reach us as results of the calls.
-  g_log_set_handler("VIPS",
-                    static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE |
-                                                G_LOG_LEVEL_INFO | G_LOG_LEVEL_DEBUG),
-                    drop, nullptr);
+  const auto levels = static_cast<GLogLevelFlags>(G_LOG_LEVEL_WARNING | G_LOG_LEVEL_MESSAGE |
+                                                  G_LOG_LEVEL_INFO | G_LOG_LEVEL_DEBUG);
+  g_log_set_handler("VIPS", levels, drop, nullptr);
+  g_log_set_handler("GLib-GObject", levels, drop, nullptr);  // Of a width of 0, for one.
   return true;
 }
 
