@@ -8,6 +8,7 @@
 #include "features/plain.h"
 #include "imaging/pixel_math.h"
 #include "tests/fuzz/input_bytes.h"
+#include "tests/fuzz/levels.h"
 #include "tests/fuzz/target.h"
 
 namespace {
@@ -62,9 +63,8 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   Points b;
   for (std::size_t k = 0; k < pairs; ++k) {
     b.push_back(takePoint(in, centre, spread));
-    a.push_back(takePoint(in,
-                          {framequilt::sum32(b[k].x, offset.x), framequilt::sum32(b[k].y, offset.y)},
-                          error));
+    a.push_back(takePoint(
+        in, {framequilt::sum32(b[k].x, offset.x), framequilt::sum32(b[k].y, offset.y)}, error));
   }
   b.resize(static_cast<std::size_t>(std::max(0, static_cast<int>(pairs) + longer)));
 

@@ -4,6 +4,7 @@
 
 #include "features/plain.h"
 #include "tests/fuzz/input_bytes.h"
+#include "tests/fuzz/levels.h"
 #include "tests/fuzz/target.h"
 #include "tests/imaging/reference.h"
 

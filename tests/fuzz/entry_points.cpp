@@ -133,8 +133,7 @@ class Run {
       given.rows = shape_.rows;
       given.cols = shape_.cols;
       given.channels = shape_.channels;
-      given.bytes =
-          in.image(framequilt::planeSize(shape_.rows, shape_.cols, shape_.channels));
+      given.bytes = in.image(framequilt::planeSize(shape_.rows, shape_.cols, shape_.channels));
     }
     return given;
   }
@@ -151,15 +150,15 @@ class Run {
     }
   }
 
-  /// Keeps the model up with the call and compares, as long as the calls came in an order that gives
-  /// the mosaic a meaning.
+  /// Keeps the model up with the call and compares, as long as the calls came in an order that
+  /// gives the mosaic a meaning.
   void follow(bool first, int frameScale, const std::optional<Frame>& reference,
               const std::optional<Frame>& dest, const Outcome& now) {
     if (first && (!reference || reference->bytes.empty() || !dest || dest->bytes.empty())) return;
     if (first) begin(frameScale, *reference, now);
     if (!begun_ || !modelled_) return;
-    const bool blended = now.record.position.x != last_.position.x ||
-                         now.record.position.y != last_.position.y;
+    const bool blended =
+        now.record.position.x != last_.position.x || now.record.position.y != last_.position.y;
     if (blended) {
       FRAMEQUILT_HOLDS(now.result >= 0 && dest);
       if (frameScale != scale_) {
@@ -182,8 +181,8 @@ class Run {
     begun_ = open_ && !now.mosaic.empty();
     modelled_ = begun_ && isUsual() && frameScale == scale_ && scale_ <= 2;
     if (!modelled_) return;
-    const Frame working = framequilt::fuzz::atWorkingSize(
-        framequilt::fuzz::withoutZeros(reference), scale_);
+    const Frame working =
+        framequilt::fuzz::atWorkingSize(framequilt::fuzz::withoutZeros(reference), scale_);
     model_.begin(working);
     FRAMEQUILT_HOLDS(now.mosaic.type() == (shape_.channels == 3 ? CV_8UC3 : CV_8UC1));
     origin_ = {3000 - working.cols / 2, 3000 - working.rows / 2};
@@ -223,9 +222,9 @@ std::uint64_t digestOfGoodRun() {
   for (const int x : {270, 330}) {
     Frame frame = scene.cut(x, 150, 200, 240);
     Outcome now;
-    now.result = stichingImagedJoint(reference.bytes.data(), frame.bytes.data(), x == 270 ? 0 : 1,
-                                     1, 0, 0, false, now.topLeft, now.bottomRight, now.mosaic,
-                                     now.record);
+    now.result =
+        stichingImagedJoint(reference.bytes.data(), frame.bytes.data(), x == 270 ? 0 : 1, 1, 0, 0,
+                            false, now.topLeft, now.bottomRight, now.mosaic, now.record);
     joined += now.record.stitch_flags;
     for (const int number : {now.result, now.topLeft.x, now.topLeft.y, now.bottomRight.x,
                              now.bottomRight.y, now.record.position.x, now.record.position.y,

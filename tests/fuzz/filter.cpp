@@ -106,8 +106,7 @@ void checkTakingOut(InputBytes& in) {
   }
   expected.push_back(kUntouched<T>);
   std::vector<T> out(expected.size(), kUntouched<T>);
-  FRAMEQUILT_HOLDS(
-      opencvcopyFilter2DTakeOutBoundCh1(src.data(), rows, cols, border, out.data()));
+  FRAMEQUILT_HOLDS(opencvcopyFilter2DTakeOutBoundCh1(src.data(), rows, cols, border, out.data()));
   FRAMEQUILT_HOLDS(equal(out, expected));
 }
 

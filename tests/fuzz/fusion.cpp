@@ -10,6 +10,7 @@
 #include "imaging/imaging_state.h"
 #include "imaging/run_buffer.h"
 #include "tests/fuzz/input_bytes.h"
+#include "tests/fuzz/levels.h"
 #include "tests/fuzz/target.h"
 #include "tests/imaging/reference.h"
 
@@ -84,14 +85,11 @@ void checkApart(const Shape& shape, const Pair& pair, const Bytes& expected, con
   Bytes original = frame;
   Bytes copy(frame.size(), 171);
   if (manner.keepsFrame) std::fill(frame.begin(), frame.end(), static_cast<unsigned char>(171));
-  const framequilt::Feathering job = {ground.data(),
-                                      static_cast<std::ptrdiff_t>(stride),
-                                      frame.data(),
-                                      manner.copies ? copy.data() : nullptr,
-                                      shape.rows,
-                                      shape.cols,
-                                      shape.channels,
-                                      manner.keepsFrame ? original.data() : nullptr};
+  const framequilt::Feathering job = {
+      ground.data(),  static_cast<std::ptrdiff_t>(stride),
+      frame.data(),   manner.copies ? copy.data() : nullptr,
+      shape.rows,     shape.cols,
+      shape.channels, manner.keepsFrame ? original.data() : nullptr};
   FRAMEQUILT_HOLDS(framequilt::canFeather(job));
   framequilt::feather(job);
   FRAMEQUILT_HOLDS(frame == expected);
@@ -99,9 +97,9 @@ void checkApart(const Shape& shape, const Pair& pair, const Bytes& expected, con
   FRAMEQUILT_HOLDS(std::equal(original.begin(), original.end(), pair.frame.begin()));
   for (std::size_t i = 0; i < ground.size(); ++i) {
     const std::size_t inRow = i % stride;
-    FRAMEQUILT_HOLDS(ground[i] == (inRow < shape.rowBytes()
-                                       ? expected[i / stride * shape.rowBytes() + inRow]
-                                       : 171));
+    FRAMEQUILT_HOLDS(
+        ground[i] ==
+        (inRow < shape.rowBytes() ? expected[i / stride * shape.rowBytes() + inRow] : 171));
   }
 }
 

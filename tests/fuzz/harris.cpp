@@ -5,6 +5,7 @@
 #include "features/harris_rows.h"
 #include "imaging/filter.h"
 #include "tests/fuzz/input_bytes.h"
+#include "tests/fuzz/levels.h"
 #include "tests/fuzz/target.h"
 #include "tests/imaging/reference.h"
 

@@ -102,22 +102,22 @@ class InputBytes {
   }
 
  private:
-  static constexpr std::array<float, 8> kOddNumbers = {
-      -0.0F,
-      std::numeric_limits<float>::infinity(),
-      -std::numeric_limits<float>::infinity(),
-      std::numeric_limits<float>::quiet_NaN(),
-      std::numeric_limits<float>::max(),
-      std::numeric_limits<float>::denorm_min(),
-      65535.0F,
-      2147483648.0F};
+  static constexpr std::array<float, 8> kOddNumbers = {-0.0F,
+                                                       std::numeric_limits<float>::infinity(),
+                                                       -std::numeric_limits<float>::infinity(),
+                                                       std::numeric_limits<float>::quiet_NaN(),
+                                                       std::numeric_limits<float>::max(),
+                                                       std::numeric_limits<float>::denorm_min(),
+                                                       65535.0F,
+                                                       2147483648.0F};
 
   std::size_t left() const { return static_cast<std::size_t>(end_ - next_); }
 
   template <class Value>
   void fill(std::vector<unsigned char>& values, Value value) {
     Random random(word());
-    for (unsigned char& each : values) each = static_cast<unsigned char>(value(random.next() >> 20U));
+    for (unsigned char& each : values)
+      each = static_cast<unsigned char>(value(random.next() >> 20U));
   }
 
   const std::uint8_t* next_;

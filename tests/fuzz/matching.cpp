@@ -4,6 +4,7 @@
 
 #include "features/plain.h"
 #include "tests/fuzz/input_bytes.h"
+#include "tests/fuzz/levels.h"
 #include "tests/fuzz/target.h"
 
 namespace {
@@ -49,9 +50,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
 
   Outcome expected = {std::vector<float>(static_cast<std::size_t>(countA) + 1, 171.0F), {{-7, -7}}};
   const Outcome before = expected;
-  FRAMEQUILT_HOLDS(framequilt::plain::matchDescriptors(
-      {a.data(), countA, stride, b.data(), countB, length}, expected.distances.data(), ratio,
-      expected.matches));
+  FRAMEQUILT_HOLDS(
+      framequilt::plain::matchDescriptors({a.data(), countA, stride, b.data(), countB, length},
+                                          expected.distances.data(), ratio, expected.matches));
   framequilt::fuzz::atEachLevel([&] {
     Outcome found = before;
     FRAMEQUILT_HOLDS(calacDistanceIndexFun(a.data(), b.data(), found.distances.data(), ratio,

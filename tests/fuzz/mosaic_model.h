@@ -32,8 +32,8 @@ inline Frame withoutZeros(Frame frame) {
   return frame;
 }
 
-/// What a mosaic has to hold, made by the plain fusion from the frames that were placed. Counts from
-/// the top-left corner of the first one, in pixels of the mosaic.
+/// What a mosaic has to hold, made by the plain fusion from the frames that were placed. Counts
+/// from the top-left corner of the first one, in pixels of the mosaic.
 class MosaicModel {
  public:
   void begin(const Frame& first) {
@@ -62,7 +62,8 @@ class MosaicModel {
 
   const cv::Rect& box() const { return box_; }
 
-  /// Whether `mosaic` shows a part of the plane that begins at `corner`; beside the box it is black.
+  /// Whether `mosaic` shows a part of the plane that begins at `corner`; beside the box it is
+  /// black.
   bool shows(const cv::Mat& mosaic, cv::Point corner) const {
     const std::size_t bytes = mosaic.elemSize();
     if (mosaic.channels() != picture_.channels) return false;
@@ -71,11 +72,10 @@ class MosaicModel {
       const cv::Rect shared = cv::Rect(corner.x, corner.y + r, mosaic.cols, 1) & box_;
       if (!shared.empty()) {
         std::memcpy(expected.data() + static_cast<std::size_t>(shared.x - corner.x) * bytes,
-                    picture_.bytes.data() +
-                        (static_cast<std::size_t>(shared.y - box_.y) *
-                             static_cast<std::size_t>(picture_.cols) +
-                         static_cast<std::size_t>(shared.x - box_.x)) *
-                            bytes,
+                    picture_.bytes.data() + (static_cast<std::size_t>(shared.y - box_.y) *
+                                                 static_cast<std::size_t>(picture_.cols) +
+                                             static_cast<std::size_t>(shared.x - box_.x)) *
+                                                bytes,
                     static_cast<std::size_t>(shared.width) * bytes);
       }
       if (std::memcmp(expected.data(), mosaic.ptr(r), expected.size()) != 0) return false;

@@ -88,9 +88,9 @@ void checkCut(InputBytes& in) {
   Bytes expected(room + kSlack, 171);
   Bytes small = expected;
   cutPlainly(big, rect, expectedInfo, expected);
-  const bool done = willBigImgAssignRowColToSmallImg(big.bytes.data(), rect.row0, rect.row1,
-                                                     rect.col0, rect.col1, big.rows, big.cols,
-                                                     big.channels, info, small.data());
+  const bool done =
+      willBigImgAssignRowColToSmallImg(big.bytes.data(), rect.row0, rect.row1, rect.col0, rect.col1,
+                                       big.rows, big.cols, big.channels, info, small.data());
   FRAMEQUILT_HOLDS(done == fits(rect, big));
   FRAMEQUILT_HOLDS(sameInfo(info, expectedInfo));
   FRAMEQUILT_HOLDS(small == expected);
@@ -103,9 +103,9 @@ void checkWrite(InputBytes& in) {
   const bool copies =
       fits(rect, big) && isCopied(big.channels) && rect.rows() > 0 && rect.cols() > 0;
   // Rows of the small image may overlap; the last one is as long as what is written.
-  const std::size_t room = copies ? area(rect.rows() - 1, smallCols, big.channels) +
-                                        area(1, rect.cols(), big.channels)
-                                  : 0;
+  const std::size_t room =
+      copies ? area(rect.rows() - 1, smallCols, big.channels) + area(1, rect.cols(), big.channels)
+             : 0;
   Bytes small = in.image(room + kSlack);
   Bytes expected = big.bytes;
   for (int r = 0; copies && r < rect.rows(); ++r) {
@@ -129,8 +129,7 @@ struct Shared {
 
   Shared(int position, int offset, int side) {
     using framequilt::sum32;
-    const int length =
-        offset >= 0 ? framequilt::difference32(side, offset) : sum32(side, offset);
+    const int length = offset >= 0 ? framequilt::difference32(side, offset) : sum32(side, offset);
     inPrevious = sum32(position, offset >= 0 ? offset : 0);
     inNew = offset >= 0 ? 0 : framequilt::difference32(0, offset);
     end = sum32(inPrevious, length);
@@ -158,10 +157,10 @@ void checkOverlapCut(InputBytes& in) {
   Bytes part[2] = {expected[0], expected[1]};
   cutPlainly(mosaic, {y.inPrevious, y.end, x.inPrevious, x.end}, expectedInfo[0], expected[0]);
   cutPlainly(frame, {y.inNew, y.endOfNew, x.inNew, x.endOfNew}, expectedInfo[1], expected[1]);
-  takeOutOverLapImageFromMoasicImage(
-      mosaic.bytes.data(), frame.bytes.data(), {0, channels, mosaic.rows, mosaic.cols},
-      {0, channels, frame.rows, frame.cols}, position, dx, dy, info[0], info[1], part[0].data(),
-      part[1].data());
+  takeOutOverLapImageFromMoasicImage(mosaic.bytes.data(), frame.bytes.data(),
+                                     {0, channels, mosaic.rows, mosaic.cols},
+                                     {0, channels, frame.rows, frame.cols}, position, dx, dy,
+                                     info[0], info[1], part[0].data(), part[1].data());
   for (int k = 0; k < 2; ++k) {
     FRAMEQUILT_HOLDS(sameInfo(info[k], expectedInfo[k]));
     FRAMEQUILT_HOLDS(part[k] == expected[k]);

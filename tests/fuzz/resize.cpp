@@ -6,6 +6,7 @@
 #include <array>
 
 #include "tests/fuzz/input_bytes.h"
+#include "tests/fuzz/levels.h"
 #include "tests/fuzz/target.h"
 
 namespace {
@@ -93,10 +94,9 @@ int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   std::int64_t pixels = pixelsOf(job);
   if (!within && job.samples() && !job.isEmpty()) pixels = std::max(pixels, job.lastSource() + 1);
   if (pixels > kMostPixelsRead) return 0;
-  const std::size_t whole =
-      job.scale == 1   ? bytesOf(pixelsOf(job), job.channels)
-      : job.samples()  ? bytesOf(job.outRows() * job.outCols(), job.channels)
-                       : 0;
+  const std::size_t whole = job.scale == 1  ? bytesOf(pixelsOf(job), job.channels)
+                            : job.samples() ? bytesOf(job.outRows() * job.outCols(), job.channels)
+                                            : 0;
   const std::size_t capacity = within && in.flag() ? whole * in.byte() / 255 : whole;
   const Bytes src = in.image(std::max<std::size_t>(1, bytesOf(pixels, job.channels)));
   if (within) {

@@ -15,6 +15,7 @@
 #include "tests/features/counted.h"
 #include "tests/features/plain_sort.h"
 #include "tests/fuzz/input_bytes.h"
+#include "tests/fuzz/levels.h"
 #include "tests/fuzz/target.h"
 
 namespace {
@@ -176,10 +177,11 @@ void checkSecondCut(InputBytes& in) {
       run([&](Points& out) { return spreadPlainly(list, count, factor, robust, out); }, expected);
   framequilt::fuzz::atEachLevel([&] {
     Points found;
-    FRAMEQUILT_HOLDS(run([&](Points& out) {
-                       return goToSecondGetRidOfSomeSPoints(list.values, list.points, count, factor,
-                                                            robust, out);
-                     },
+    FRAMEQUILT_HOLDS(run(
+                         [&](Points& out) {
+                           return goToSecondGetRidOfSomeSPoints(list.values, list.points, count,
+                                                                factor, robust, out);
+                         },
                          found) == how);
     FRAMEQUILT_HOLDS(samePoints(found, expected));
   });

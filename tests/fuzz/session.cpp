@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
-// Sessions on the host: any options, frames, hints and cancellations, in any order. Errors are those
-// that are documented; a frame that is refused or cancelled changes nothing; the mosaic shows, to the
-// byte, what the plain fusion makes of the joined frames; and a session that follows is as good as
-// the first of a process.
+// Sessions on the host: any options, frames, hints and cancellations, in any order. Errors are
+// those that are documented; a frame that is refused or cancelled changes nothing; the mosaic
+// shows, to the byte, what the plain fusion makes of the joined frames; and a session that follows
+// is as good as the first of a process.
 #include "framequilt/session.h"
 
 #include <array>
@@ -61,8 +61,7 @@ SessionOptions takeOptions(InputBytes& in) {
   options.rows = in.between(170, 240) * options.scale;
   options.cols = in.between(190, 300) * options.scale;
   options.channels = in.byte() < 192 ? 1 : 3;
-  options.criterion =
-      in.flag() ? framequilt::Criterion::kOverlap : framequilt::Criterion::kMotion;
+  options.criterion = in.flag() ? framequilt::Criterion::kOverlap : framequilt::Criterion::kMotion;
   options.dynamicScene = in.byte() >= 192;
   options.cornerBudget = in.byte() < 230 ? 1 : in.between(0, 12);
   if (in.byte() >= 230) options.maxRows = options.maxCols = in.between(1, 7000);
@@ -125,8 +124,7 @@ class Model {
     const std::size_t padding = static_cast<std::size_t>(in.byte() < 128 ? 0 : in.between(0, 40));
     const std::vector<unsigned char> rows = padded(frame, padding);
     const std::vector<unsigned char> before = rows;
-    FrameView view = {rows.data(), frame.rows, frame.cols,
-                      packed(frame) + padding,
+    FrameView view = {rows.data(), frame.rows, frame.cols, packed(frame) + padding,
                       frame.channels == 1 ? PixelOrder::kGray : PixelOrder::kBgr};
     if (converts_ && frame.channels == 3) view.order = PixelOrder::kRgb;
     if (addWrongly(in, view)) return;
@@ -168,10 +166,8 @@ class Model {
 
   /// Rows that lie apart; nothing behind the last one.
   static std::vector<unsigned char> padded(const Frame& frame, std::size_t padding) {
-    std::vector<unsigned char> rows((packed(frame) + padding) *
-                                            static_cast<std::size_t>(frame.rows) -
-                                        padding,
-                                    171);
+    std::vector<unsigned char> rows(
+        (packed(frame) + padding) * static_cast<std::size_t>(frame.rows) - padding, 171);
     for (std::size_t r = 0; r < static_cast<std::size_t>(frame.rows); ++r) {
       std::copy_n(frame.bytes.data() + r * packed(frame), packed(frame),
                   rows.data() + r * (packed(frame) + padding));
@@ -230,8 +226,7 @@ class Model {
     const bool cancels = cancelAt_ && *cancelAt_ != framequilt::Stage::kDone;
     FRAMEQUILT_HOLDS((result.verdict == Verdict::kRefused) ==
                      (result.reason != framequilt::Refusal::kNone));
-    FRAMEQUILT_HOLDS(framequilt::explain(result).empty() ==
-                     (result.verdict != Verdict::kRefused));
+    FRAMEQUILT_HOLDS(framequilt::explain(result).empty() == (result.verdict != Verdict::kRefused));
     if (result.verdict == Verdict::kCancelled) {
       FRAMEQUILT_HOLDS(cancels);
       return;
