@@ -31,7 +31,7 @@ class CaptureBytes {
     corner_.x = std::clamp(corner_.x, 0, scene_.picture().cols - cols_);
     corner_.y = std::clamp(corner_.y, 0, scene_.picture().rows - rows_);
     moved = corner_ - before;
-    const Frame frame = scene_.cut(corner_.x, corner_.y, rows_, cols_);
+    Frame frame = scene_.cut(corner_.x, corner_.y, rows_, cols_);
     switch (in.byte()) {
       case 1:
         return withNoise(frame, in.between(1, 90), in.word());

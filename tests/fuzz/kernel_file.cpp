@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the library makes of a kernel file, on PoCL: by the entry points, which read `cl.bin` in the
 // working folder, and by a session, which is given a path. Whatever the file, there is a start with
-// OpenCL, an error that says so, or a run on the host, whose results are those of every other; and a
-// next start finds the device as it was.
+// OpenCL, an error that says so, or a run on the host, whose results are those of every other; and
+// a next start finds the device as it was.
 //
 // Kernels may do anything to memory, so that this can be said of files only whose kernels are
 // harmless or never run:
 // - any text, and the library's file cut off or altered anywhere: built, kernels and buffers made,
 //   stopped. No frame is given to it. Texts that include other files are left out.
 // - kernels of the right names that do nothing, some of them with parameters that are missing,
-//   superfluous or of another type, work-groups of another size, or not there: frames are given to it.
+//   superfluous or of another type, work-groups of another size, or not there: frames are given to
+//   it.
 // - the library's file with kernels that nobody can launch in place of some: likewise.
 #include <CL/cl.h>
 
@@ -61,7 +62,8 @@ class Lent {
     program = nullptr;
   }
 
-  /// A start that failed may leave what it was lent where it was; a run that was stopped releases it.
+  /// A start that failed may leave what it was lent where it was; a run that was stopped releases
+  /// it.
   void takeBack() const {
     FRAMEQUILT_HOLDS(program == nullptr);
     FRAMEQUILT_HOLDS(::context == nullptr || ::context == context_);
@@ -119,7 +121,8 @@ std::vector<std::string> parametersIn(const std::string& list) {
 std::vector<Declaration> declarationsIn(const std::string& file) {
   const std::string marker = "__kernel void ";
   std::vector<Declaration> found;
-  for (std::size_t at = file.find(marker); at != std::string::npos; at = file.find(marker, at + 1)) {
+  for (std::size_t at = file.find(marker); at != std::string::npos;
+       at = file.find(marker, at + 1)) {
     const std::size_t name = at + marker.size();
     const std::size_t open = file.find('(', name);
     const std::size_t close = file.find(')', open);
@@ -139,7 +142,7 @@ const std::vector<Declaration>& declarations() {
 /// A kernel of that name which does nothing. What it wants may differ from what the library gives.
 std::string idleKernel(InputBytes& in, const Declaration& kernel, unsigned char how) {
   static constexpr std::array<const char*, 8> kTypes = {
-      "ulong other",      "float other",      "uchar other",  "__global double* other",
+      "ulong other",        "float other",   "uchar other",      "__global double* other",
       "__local int* other", "float16 other", "struct Odd other", "__constant int* other"};
   std::vector<std::string> parameters = kernel.parameters;
   std::string attribute;
@@ -155,8 +158,8 @@ std::string idleKernel(InputBytes& in, const Declaration& kernel, unsigned char 
       parameters[in.byte() % parameters.size()] = in.oneOf(kTypes);
       break;
     case 4:
-      attribute = "__attribute__((reqd_work_group_size(" + std::to_string(in.between(1, 64)) + ", " +
-                  std::to_string(in.between(1, 64)) + ", 1))) ";
+      attribute = "__attribute__((reqd_work_group_size(" + std::to_string(in.between(1, 64)) +
+                  ", " + std::to_string(in.between(1, 64)) + ", 1))) ";
       break;
     case 5:
       name += "Lost";
@@ -285,8 +288,8 @@ void throughSession(const Content& content, Backend backend) {
     if (!onHost && !content.runs) return;
     for (const int x : {200, 270}) {
       const Frame frame = scene().cut(x, 150, kRows, kCols);
-      const framequilt::FrameResult result = session.add(
-          framequilt::FrameView{frame.bytes.data(), kRows, kCols, 0, framequilt::PixelOrder::kGray});
+      const framequilt::FrameResult result = session.add(framequilt::FrameView{
+          frame.bytes.data(), kRows, kCols, 0, framequilt::PixelOrder::kGray});
       FRAMEQUILT_HOLDS(!onHost || x == 200 || result.verdict == framequilt::Verdict::kJoined);
     }
   } catch (const Error& error) {

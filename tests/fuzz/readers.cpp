@@ -100,16 +100,14 @@ void checkTable(InputBytes& in) {
     FRAMEQUILT_HOLDS(row.line > line);
     line = row.line;
     FRAMEQUILT_HOLDS(row.fields.size() == table->rows().front().fields.size());
-    succeeds([&] {
-      FRAMEQUILT_HOLDS(std::isfinite(table->number(row, column % row.fields.size())));
-    });
+    succeeds(
+        [&] { FRAMEQUILT_HOLDS(std::isfinite(table->number(row, column % row.fields.size()))); });
     succeeds([&] { FRAMEQUILT_HOLDS(table->count(row, column % row.fields.size()) >= 1); });
   }
   for (const char* name : {"frame", "x", ""}) succeeds([&] { table->findColumn(name); });
   if (table->rows().empty()) return;
   const std::size_t columns = table->rows().front().fields.size();
-  const std::string again =
-      std::string(columns - 1, ',') + (columns == 1 ? "\"\"" : "") + "\n";
+  const std::string again = std::string(columns - 1, ',') + (columns == 1 ? "\"\"" : "") + "\n";
   const CsvTable reread("again.csv", again + written(table->rows(), columns));
   FRAMEQUILT_HOLDS(reread.rows().size() == table->rows().size());
   for (std::size_t r = 0; r < reread.rows().size(); ++r) {
@@ -208,8 +206,7 @@ void checkListing(InputBytes& in) {
   for (const fs::path& file : files) FRAMEQUILT_HOLDS(fs::exists(file));
   if (inputs.size() != 1) return;
   for (std::size_t k = 1; k < files.size(); ++k) {
-    FRAMEQUILT_HOLDS(
-        framequilt::tool::naturalLess(files[k - 1].native(), files[k].native()));
+    FRAMEQUILT_HOLDS(framequilt::tool::naturalLess(files[k - 1].native(), files[k].native()));
     FRAMEQUILT_HOLDS(files[k] != "mosaic.png" && files[k] != "mosaic-outlines.png");
   }
 }

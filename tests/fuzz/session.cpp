@@ -122,7 +122,7 @@ class Model {
     const std::optional<cv::Point> hint = takeHint(in, moved);
     cancelAt_ = takeCancellation(in);
     const std::size_t padding = static_cast<std::size_t>(in.byte() < 128 ? 0 : in.between(0, 40));
-    const std::vector<unsigned char> rows = padded(frame, padding);
+    std::vector<unsigned char> rows = padded(frame, padding);
     const std::vector<unsigned char> before = rows;
     FrameView view = {rows.data(), frame.rows, frame.cols, packed(frame) + padding,
                       frame.channels == 1 ? PixelOrder::kGray : PixelOrder::kBgr};
