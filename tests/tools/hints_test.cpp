@@ -46,6 +46,13 @@ TEST_F(HintsFile, StepsOverFramesThatWereLeftOutAddUp) {
   EXPECT_FALSE(known.between(3, 5));
 }
 
+TEST_F(HintsFile, StepsThatAddUpBeyondWholePixelsAreNoWay) {
+  const Hints known = hints("frame,dx,dy\n2,1e9,0\n3,1e9,-1e9\n4,1e9,-1e9\n5,0,-1e9\n");
+  EXPECT_EQ(known.between(1, 3), cv::Point(2000000000, -1000000000));
+  EXPECT_FALSE(known.between(1, 4));
+  EXPECT_FALSE(known.between(2, 5));
+}
+
 TEST_F(HintsFile, PositionsMayLieAnywhere) {
   const Hints known = hints("x,y,frame\n1000.25,2000,1\n1030,1990.5,4\n");
   EXPECT_EQ(known.between(1, 4), cv::Point(30, -10));

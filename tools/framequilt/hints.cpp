@@ -2,6 +2,7 @@
 #include "tools/framequilt/hints.h"
 
 #include <cmath>
+#include <limits>
 
 #include "tools/framequilt/csv_table.h"
 #include "tools/framequilt/path_text.h"
@@ -37,8 +38,11 @@ double coordinate(const CsvTable& table, const CsvTable::Row& row, std::size_t c
                   "', farther than any frame lies: give pixels");
 }
 
-cv::Point rounded(cv::Point2d way) {
-  return {static_cast<int>(std::lround(way.x)), static_cast<int>(std::lround(way.y))};
+/// None where steps add up to more than whole pixels can say.
+std::optional<cv::Point> rounded(cv::Point2d way) {
+  constexpr double kLargest = std::numeric_limits<int>::max();
+  if (std::fabs(way.x) > kLargest || std::fabs(way.y) > kLargest) return std::nullopt;
+  return cv::Point(static_cast<int>(std::lround(way.x)), static_cast<int>(std::lround(way.y)));
 }
 
 }  // namespace

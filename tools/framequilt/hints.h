@@ -21,7 +21,7 @@ class Hints {
   static Hints fromFile(const std::filesystem::path& file);
 
   /// The way from one frame to a later one, rounded to whole pixels; none where a frame on it is
-  /// missing in the file.
+  /// missing in the file, and where it is longer than any.
   std::optional<cv::Point> between(std::size_t from, std::size_t to) const;
 
  private:
