@@ -72,9 +72,14 @@ endif()
 if(TARGET framequilt_viewer)
   set_target_properties(framequilt_viewer PROPERTIES
     INSTALL_RPATH "$ORIGIN/${framequilt_lib_from_bin}")
-  install(TARGETS framequilt_viewer RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT framequilt-viewer)
+  install(TARGETS framequilt_viewer RUNTIME
+          DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT framequilt-viewer)
   install(FILES tools/viewer/desktop/framequilt-viewer.desktop
           DESTINATION ${CMAKE_INSTALL_DATADIR}/applications COMPONENT framequilt-viewer)
   install(FILES tools/viewer/desktop/framequilt-viewer.svg
           DESTINATION ${CMAKE_INSTALL_DATADIR}/icons/hicolor/scalable/apps COMPONENT framequilt-viewer)
+  if(NOT FRAMEQUILT_DEBIAN_PACKAGES)
+    install(FILES tools/viewer/desktop/framequilt-viewer.1
+            DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT framequilt-viewer)
+  endif()
 endif()

@@ -44,12 +44,15 @@ foreach(package IN LISTS packages)
                 ${CMAKE_CURRENT_BINARY_DIR}/changelog.gz
           DESTINATION ${CMAKE_INSTALL_DATADIR}/doc/${package} COMPONENT ${package})
 endforeach()
-foreach(manual tools/framequilt/framequilt.1 workflow/framequilt-captures.1)
+function(framequilt_install_manual manual package)
   cmake_path(GET manual FILENAME name)
   framequilt_compress(${PROJECT_SOURCE_DIR}/${manual} ${CMAKE_CURRENT_BINARY_DIR}/${name}.gz)
   install(FILES ${CMAKE_CURRENT_BINARY_DIR}/${name}.gz
-          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT framequilt)
-endforeach()
+          DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT ${package})
+endfunction()
+framequilt_install_manual(tools/framequilt/framequilt.1 framequilt)
+framequilt_install_manual(workflow/framequilt-captures.1 framequilt)
+framequilt_install_manual(tools/viewer/desktop/framequilt-viewer.1 framequilt-viewer)
 
 set(CPACK_GENERATOR DEB)
 set(CPACK_PACKAGE_NAME framequilt)
