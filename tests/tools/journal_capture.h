@@ -5,13 +5,22 @@
 
 #include <filesystem>
 #include <opencv2/core.hpp>
-#include <regex>
 #include <string>
 #include <vector>
 
 #include "picture_files.h"
 #include "scenes.h"
 #include "temporary_folder.h"
+
+/// A report whose frames took no time.
+inline std::string withoutTimes(std::string report) {
+  const std::string key = "\"milliseconds\": ";
+  for (std::size_t at = 0; (at = report.find(key, at)) != std::string::npos;) {
+    at += key.size();
+    report.erase(at, report.find_first_not_of("0123456789.e-", at) - at);
+  }
+  return report;
+}
 
 /// A small capture with frames that are joined, refused, left out by their size and damaged, and
 /// the files that a run over it writes.
@@ -48,9 +57,7 @@ class JournalCapture : public testing::Test {
   std::string results() const {
     const std::string timed = readText(report());
     if (timed.empty() || readText(mosaic()).empty() || readText(placements()).empty()) return {};
-    static const std::regex kTime("\"milliseconds\": [0-9.e-]+");
-    return readText(mosaic()) + readText(placements()) +
-           std::regex_replace(timed, kTime, "\"milliseconds\": 0");
+    return readText(mosaic()) + readText(placements()) + withoutTimes(timed);
   }
   void removeResults() const {
     for (const std::string& file : {mosaic(), placements(), report()}) {
