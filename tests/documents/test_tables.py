@@ -98,7 +98,8 @@ def test_exit_statuses():
     source = (ROOT / "tools/framequilt/tool_error.h").read_text()
     values = [e.split(" = ")[1] for e in enumerators(source, "ExitStatus")]
     rows = rows_of(PAGE, "## The program")
-    assert [row[0] for row in rows] == [value for value in values if value.isdigit()]
+    # Two commands give one of them meanings of their own.
+    assert [row[0] for row in rows] == sorted({value for value in values if value.isdigit()})
     assert rows == rows_of("docs/command-line.md", "# The command line")
 
 
