@@ -25,6 +25,8 @@ framequilt_code codeFor(ErrorCode code) {
       return FRAMEQUILT_E_STOPPED;
     case ErrorCode::kOutOfMemory:
       return FRAMEQUILT_E_MEMORY;
+    case ErrorCode::kBusy:
+      return FRAMEQUILT_E_BUSY;
     case ErrorCode::kEngineFailed:
       break;
   }

@@ -13,6 +13,7 @@
 #include "interface/published_mosaic.h"
 #include "interface/report.h"
 #include "interface/session_options.h"
+#include "interface/turns.h"
 
 namespace framequilt {
 namespace {
@@ -75,11 +76,7 @@ class Session::Impl {
         backend_(run_->backend()) {}
 
   FrameResult add(const FrameView& frame, std::optional<cv::Point> hint);
-  void stop() noexcept {
-    run_.reset();
-    reports_.reset();
-    one_.reset();
-  }
+  void stop() noexcept;
 
   const SessionOptions& options() const { return options_; }
   const PublishedMosaic& mosaic() const { return mosaic_; }
@@ -88,6 +85,22 @@ class Session::Impl {
   int mosaicType() const { return options_.channels == 1 ? CV_8UC1 : CV_8UC3; }
 
  private:
+  /// Carries out a stop that was asked for while the frame was in work.
+  class StopAfterFrame {
+   public:
+    explicit StopAfterFrame(Impl& session) : session_(session) {}
+    ~StopAfterFrame() {
+      if (session_.stopAsked_) session_.end();
+    }
+    StopAfterFrame(const StopAfterFrame&) = delete;
+    StopAfterFrame& operator=(const StopAfterFrame&) = delete;
+
+   private:
+    Impl& session_;
+  };
+
+  void end() noexcept;
+  FrameResult take(const FrameView& frame, std::optional<cv::Point> hint);
   void requireUsable(const FrameView& frame) const;
   bool goesOn(Stage stage) const;
   FrameResult decide(const FrameView& frame, std::optional<cv::Point> hint);
@@ -107,6 +120,8 @@ class Session::Impl {
   std::unique_ptr<EngineRun> run_;
   std::string_view backend_;
   PublishedMosaic mosaic_;
+  Turns turns_;
+  std::atomic<bool> stopAsked_{false};
 
   std::int64_t frames_ = 0;
   std::int64_t firstFrame_ = 0;
@@ -121,6 +136,31 @@ class Session::Impl {
 };
 
 FrameResult Session::Impl::add(const FrameView& frame, std::optional<cv::Point> hint) {
+  const Turn turn(turns_);
+  if (!turn) {
+    throw Error(ErrorCode::kBusy,
+                "frame " + std::to_string(frames_) +
+                    " is in work on this thread: give the next one when add has returned");
+  }
+  const StopAfterFrame stop(*this);
+  return take(frame, hint);
+}
+
+/// A thread that gives frame after frame may keep this one from its turn for long, and a callback
+/// gets none: the frame in work ends the run, too.
+void Session::Impl::stop() noexcept {
+  stopAsked_ = true;
+  const Turn turn(turns_);
+  if (turn) end();
+}
+
+void Session::Impl::end() noexcept {
+  run_.reset();
+  reports_.reset();
+  one_.reset();
+}
+
+FrameResult Session::Impl::take(const FrameView& frame, std::optional<cv::Point> hint) {
   requireUsable(frame);
   FrameResult result = decide(frame, hint);
   result.frame = frames_;

@@ -100,7 +100,8 @@ Description<ErrorCode> describe() {
           "INVALID_FRAME: a frame does not fit the session; the session goes on.\n"
           "STOPPED: the session was stopped: it takes no more frames.\n"
           "OUT_OF_MEMORY: the frame could not be taken; the mosaic so far stays.\n"
-          "ENGINE_FAILED: likewise, for another reason.",
+          "ENGINE_FAILED: likewise, for another reason.\n"
+          "BUSY: called from a callback of the session; the session goes on.",
           {{"INVALID_OPTION", ErrorCode::kInvalidOption},
            {"SESSION_OPEN", ErrorCode::kSessionOpen},
            {"START_FAILED", ErrorCode::kStartFailed},
@@ -108,7 +109,8 @@ Description<ErrorCode> describe() {
            {"INVALID_FRAME", ErrorCode::kInvalidFrame},
            {"STOPPED", ErrorCode::kStopped},
            {"OUT_OF_MEMORY", ErrorCode::kOutOfMemory},
-           {"ENGINE_FAILED", ErrorCode::kEngineFailed}}};
+           {"ENGINE_FAILED", ErrorCode::kEngineFailed},
+           {"BUSY", ErrorCode::kBusy}}};
 }
 
 std::string inSmallLetters(std::string text) {

@@ -20,6 +20,7 @@ enum class ErrorCode {
   kStopped,        ///< The session was stopped: it takes no more frames.
   kOutOfMemory,    ///< The frame could not be taken; the mosaic so far stays.
   kEngineFailed,   ///< Likewise, for another reason.
+  kBusy,           ///< Called from a callback of the session; the session goes on.
 };
 
 /// What a session throws: one line that says what is wrong and what to do.

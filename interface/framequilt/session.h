@@ -23,9 +23,10 @@
 /// two ways: within `mosaic()`, whose top-left corner moves when the mosaic grows left or up; and
 /// steadily, counted from the top-left corner of the first placed frame, where neither moves.
 ///
-/// **Threads.** One session at a time in a process, used from one thread at a time, which need not
-/// always be the same; `steadyBox` and `copyRegion` may be called from any thread at any time. The
-/// engine has two worker threads of its own while a session is open.
+/// **Threads.** One session at a time in a process. `add`, `stop`, `steadyBox` and `copyRegion` may
+/// be called from any thread at any time: `add` and `stop` take turns, each waits for a frame that
+/// is in work. Everything else, and the end of the object, is for one thread at a time. The engine
+/// has two worker threads of its own while a session is open.
 ///
 /// **Errors.** Everything throws `Error` (error.h), whose text says what to do. A frame that cannot
 /// be joined is no error.
@@ -79,8 +80,8 @@ struct Progress {
   std::int64_t frame = 0;         ///< As in `FrameResult`.
 };
 
-/// Called on the thread of `add`; false cancels the frame. Must not throw and must not call `add`
-/// or `stop`.
+/// Called on the thread of `add`; false cancels the frame. Must not throw. `add` throws `kBusy` in
+/// it; `stop` takes effect when the frame is decided.
 using ProgressCallback = std::function<bool(const Progress&)>;
 
 /// What does the work.
@@ -191,7 +192,8 @@ class FRAMEQUILT_EXPORT Session {
   ///              and in the whole frame only where that finds no offset. Hints of refused frames
   ///              add up; when one of them had none, or when together they leave no overlap, they
   ///              are not used.
-  /// \throws Error for a frame of another size and when memory runs out; the session goes on.
+  /// \throws Error for a frame of another size, when memory runs out, and in a callback of the
+  /// session; the session goes on. After `stop` it takes no frame.
   FrameResult add(const FrameView& frame, std::optional<cv::Point> hint = std::nullopt);
   /// 8 bits with 1 (gray), 3 (BGR) or 4 (BGRA) channels.
   FrameResult add(const cv::Mat& frame, std::optional<cv::Point> hint = std::nullopt);
@@ -208,7 +210,8 @@ class FRAMEQUILT_EXPORT Session {
   /// region of negative size.
   cv::Mat copyRegion(const cv::Rect& region) const;
 
-  /// Ends the run and its threads; the mosaic stays. Without effect after the first time.
+  /// Ends the run and its threads, after the frame that is in work; the mosaic stays. Without
+  /// effect after the first time.
   void stop() noexcept;
 
   int scale() const;                 ///< Frame pixels per mosaic pixel: 1 or 2.

@@ -53,6 +53,7 @@ class ErrorCode(enum.Enum):
     STOPPED = "stopped"
     OUT_OF_MEMORY = "out_of_memory"
     ENGINE_FAILED = "engine_failed"
+    BUSY = "busy"
 
 class RefusalWords:
     @property

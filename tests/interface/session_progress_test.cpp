@@ -151,6 +151,58 @@ TEST_F(SessionProgress, ACancelledFrameIsNoFailureBesideAFirstFrame) {
   EXPECT_EQ(session_.firstFrame(), 3);
 }
 
+TEST(SessionCallback, AStopTakesEffectWhenTheFrameIsDecided) {
+  ScriptedEngine engine;
+  engine.answers = {ScriptedEngine::blended(30, 0)};
+  Session* stopping = nullptr;
+  SessionOptions options = grayOptions(kRows, kCols);
+  int stopsInTheFrame = 0;
+  options.onProgress = [&](const Progress& progress) {
+    if (progress.stage == Stage::kStitching) stopping->stop();
+    stopsInTheFrame = engine.stops;
+    return true;
+  };
+  Session session(options);
+  stopping = &session;
+  session.add(frame());
+  EXPECT_EQ(session.add(frame()).verdict, Verdict::kJoined);
+  EXPECT_EQ(stopsInTheFrame, 0);
+  EXPECT_EQ(engine.stops, 1);
+  EXPECT_EQ(errorOf([&] { session.add(frame()); }).code, framequilt::ErrorCode::kStopped);
+  EXPECT_EQ(session.mosaic().cols, kCols + 30);
+}
+
+TEST(SessionCallback, AStopOfAFrameThatIsRefusedForItsShapeTakesEffectToo) {
+  ScriptedEngine engine;
+  Session session(grayOptions(kRows, kCols));
+  session.stop();
+  EXPECT_EQ(errorOf([&] { session.add(cv::Mat(3, 3, CV_8UC1)); }).code,
+            framequilt::ErrorCode::kStopped);
+  EXPECT_EQ(engine.stops, 1);
+}
+
+TEST(SessionCallback, GivesNoFrame) {
+  ScriptedEngine engine;
+  Session* giving = nullptr;
+  SessionOptions options = grayOptions(kRows, kCols);
+  std::vector<ThrownError> errors;
+  options.onProgress = [&](const Progress&) {
+    errors.push_back(errorOf([&] { giving->add(frame()); }));
+    return true;
+  };
+  Session session(options);
+  giving = &session;
+  EXPECT_EQ(session.add(frame()).frame, 0);
+  const ThrownError busy = {
+      framequilt::ErrorCode::kBusy,
+      "frame 0 is in work on this thread: give the next one when add has returned"};
+  EXPECT_EQ(errors, (std::vector<ThrownError>{busy, busy}));
+  // The session goes on.
+  errors.clear();
+  EXPECT_EQ(session.add(frame()).frame, 1);
+  EXPECT_EQ(errors.size(), 3U);
+}
+
 TEST_F(SessionProgress, AFrameBesideAFullMosaicMayBeCancelled) {
   engine_.answers = {ScriptedEngine::full(ScriptedEngine::blended(30, 0))};
   session_.add(frame());

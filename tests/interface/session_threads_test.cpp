@@ -130,6 +130,61 @@ TEST_F(SessionThreads, LookingChangesNothing) {
   EXPECT_EQ(cv::norm(session.mosaic(), expected, cv::NORM_INF), 0.0);
 }
 
+TEST_F(SessionThreads, FramesOfSeveralThreadsAreTakenOneAfterTheOther) {
+  Session session(options());
+  std::atomic<int> joined{0};
+  // Two frames of one place each: whichever is taken first, the others overlap with it enough.
+  const auto addSome = [&](std::size_t first) {
+    for (std::size_t i = first; i < first + 3; ++i) {
+      if (session.add(viewOf(frame(i % 2))).verdict == Verdict::kJoined) ++joined;
+    }
+  };
+  std::thread one(addSome, 0);
+  std::thread two(addSome, 1);
+  one.join();
+  two.join();
+  EXPECT_GE(joined, 1);
+  EXPECT_EQ(session.steadyBox().size(), cv::Size(700 + kCols, kRows));
+}
+
+TEST_F(SessionThreads, AStopWaitsForTheFrameInWork) {
+  for (int round = 0; round < 20; ++round) {
+    Session session(options());
+    session.add(viewOf(frame(0)));
+    std::atomic<int> taken{1};
+    std::thread stitching([&] {
+      for (std::size_t i = 1; i < kWay.size(); ++i) {
+        try {
+          session.add(viewOf(frame(i)));
+        } catch (const framequilt::Error& error) {
+          EXPECT_EQ(error.code(), framequilt::ErrorCode::kStopped) << error.what();
+          return;
+        }
+        ++taken;
+      }
+    });
+    while (taken <= round % 5) std::this_thread::yield();
+    session.stop();
+    // Another run can begin at once, whatever the other thread does.
+    Session next(options());
+    stitching.join();
+    addAll(next);
+    EXPECT_FALSE(next.mosaic().empty());
+  }
+}
+
+TEST_F(SessionThreads, StopsOfManyThreadsAreOne) {
+  for (int round = 0; round < 20; ++round) {
+    Session session(options());
+    session.add(viewOf(frame(0)));
+    session.add(viewOf(frame(1)));
+    std::vector<std::thread> stopping;
+    for (int i = 0; i < 4; ++i) stopping.emplace_back([&] { session.stop(); });
+    for (std::thread& thread : stopping) thread.join();
+    EXPECT_EQ(session.mosaic().size(), cv::Size(700 + kCols, kRows));
+  }
+}
+
 TEST_F(SessionThreads, OneAfterTheOtherMayUseASession) {
   std::unique_ptr<Session> session;
   std::thread([&] { session = std::make_unique<Session>(options()); }).join();
