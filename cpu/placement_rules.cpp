@@ -21,12 +21,17 @@ constexpr int kFewestPairs = 11;
 
 int mosaicType(int channels) { return isColour(channels) ? CV_8UC3 : CV_8UC1; }
 
+/// `cv::Mat::isContinuous` says it of images below 2^31 bytes alone.
+bool hasPackedRows(const cv::Mat& image) {
+  return image.step[0] == static_cast<std::size_t>(image.cols) * image.elemSize();
+}
+
 bool placeFrame(unsigned char* frame, int rows, int cols, int channels, SPoint start, SPoint end,
                 cv::Mat& mosaic) {
   const std::lock_guard lock(mosaicMutex());
   const int type = mosaicType(channels);
   if (mosaic.rows == kFirstMosaicSide && mosaic.cols == kFirstMosaicSide && mosaic.type() == type &&
-      mosaic.isContinuous()) {
+      hasPackedRows(mosaic)) {
     // A run that begins anew keeps its memory, which a host may be looking at.
     std::memset(mosaic.data, 0, mosaic.total() * mosaic.elemSize());
   } else {
@@ -48,7 +53,7 @@ bool startMosaic(unsigned char* frame, int rows, int cols, int channels, SPoint&
 }
 
 bool holdsFrame(const cv::Mat& mosaic, SPoint position, int rows, int cols, int channels) {
-  return !mosaic.empty() && mosaic.isContinuous() && mosaic.type() == mosaicType(channels) &&
+  return !mosaic.empty() && hasPackedRows(mosaic) && mosaic.type() == mosaicType(channels) &&
          position.x >= 0 && position.y >= 0 && position.x + cols <= mosaic.cols &&
          position.y + rows <= mosaic.rows;
 }
