@@ -7,7 +7,9 @@ option(FRAMEQUILT_HARDENING "Checked library calls, protected stacks, read-only 
 include(CheckCXXCompilerFlag)
 include(CheckPIESupported)
 
+set(FRAMEQUILT_HARDENED FALSE)
 if(FRAMEQUILT_HARDENING AND NOT "${CMAKE_CXX_FLAGS}" MATCHES "-fsanitize|--coverage")
+  set(FRAMEQUILT_HARDENED TRUE)
   set(CMAKE_POSITION_INDEPENDENT_CODE ON)
   check_pie_supported()
   # Branch targets and return addresses are checked by processors that can.
