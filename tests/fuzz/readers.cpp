@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 // What the command line reads and writes as text: tables, hints, placements with their truth, lists
-// of input files. Whatever the text, a reader gives what it says or throws a ToolError of one line;
-// what is written can be read back. A reader that comes along is one more function below.
+// of input files, journals. Whatever the text, a reader gives what it says or throws a ToolError of
+// one line; what is written can be read back. A reader that comes along is one more function below.
 #include <sys/mman.h>
 #include <unistd.h>
 
@@ -20,10 +20,15 @@
 #include "tests/support/scoped_folder.h"
 #include "tools/framequilt/csv_table.h"
 #include "tools/framequilt/evaluate_command.h"
+#include "tools/framequilt/frame_record.h"
 #include "tools/framequilt/hints.h"
 #include "tools/framequilt/input_listing.h"
+#include "tools/framequilt/journal_file.h"
+#include "tools/framequilt/journal_lines.h"
 #include "tools/framequilt/natural_order.h"
 #include "tools/framequilt/placements_text.h"
+#include "tools/framequilt/recorded_run.h"
+#include "tools/framequilt/run_header.h"
 #include "tools/framequilt/tool_error.h"
 
 namespace {
@@ -32,6 +37,7 @@ namespace fs = std::filesystem;
 using framequilt::fuzz::InputBytes;
 using framequilt::tool::CsvTable;
 using framequilt::tool::Hints;
+using framequilt::tool::JournalFile;
 using framequilt::tool::StitchLog;
 using framequilt::tool::ToolError;
 
@@ -252,14 +258,76 @@ void checkPlacements(InputBytes& in) {
   FRAMEQUILT_HOLDS(lines(tiles).size() == 4 + log.joined());
 }
 
+/// The folder of a journal.
+class FolderOfJournal {
+ public:
+  JournalFile holding(const std::string& text) const {
+    writeText(folder_.file("journal.jsonl"), text);
+    return JournalFile::opened(folder_.path(), JournalFile::Access::kRead);
+  }
+
+ private:
+  TemporaryFolder folder_;
+};
+
+/// A header that was read means the same once it is written and read again.
+void checkHeader(const std::string& text) {
+  succeeds([&] {
+    const framequilt::tool::RunHeader header = framequilt::tool::readHeaderText(text, "'j'");
+    const std::string again = framequilt::tool::headerText(header);
+    FRAMEQUILT_HOLDS(framequilt::tool::headerText(framequilt::tool::readHeaderText(again, "'j'")) ==
+                     again);
+  });
+}
+
+/// Lines that are sealed as a run seals them, whole, changed in a byte, or cut off.
+void checkJournal(InputBytes& in) {
+  static const FolderOfJournal folder;
+  const unsigned char damage = in.byte() % 3;
+  const std::size_t place = static_cast<std::size_t>(in.between(0, 65535));
+  std::vector<std::string> objects;
+  std::string text;
+  std::uint64_t checksum = 0;
+  std::size_t firstLine = 0;
+  for (const std::string& line : lines(in.text(kLongestText))) {
+    if (line.empty()) continue;  // No object: one has a member at least.
+    objects.push_back(line + "}");
+    text += framequilt::tool::sealedLine(objects.back(), checksum);
+    if (objects.size() == 1) firstLine = text.size();
+  }
+  if (!text.empty() && damage == 1) text[place % text.size()] ^= '\1';
+  if (damage == 2) text.resize(place % (text.size() + 1));
+
+  std::optional<JournalFile> file;
+  if (!succeeds([&] { file.emplace(folder.holding(text)); })) {
+    // What is merely cut off is no damage, unless nothing is left.
+    FRAMEQUILT_HOLDS(damage == 1 || text.empty() || text.size() < firstLine);
+    return;
+  }
+  const std::vector<std::string>& read = file->objects();
+  FRAMEQUILT_HOLDS(!read.empty() && read.size() <= objects.size());
+  FRAMEQUILT_HOLDS(std::equal(read.begin(), read.end(), objects.begin()));
+  FRAMEQUILT_HOLDS(damage != 0 || read.size() == objects.size());
+  checkHeader(read.front());
+  succeeds([&] {
+    const framequilt::tool::RecordedRun run(*file);
+    FRAMEQUILT_HOLDS(run.frames() + run.checkpoints() <= read.size() - 1);
+    for (std::size_t k = 0; k < run.frames(); ++k) {
+      const nlohmann::ordered_json frame = run.frame(k);
+      FRAMEQUILT_HOLDS(!framequilt::tool::firstDifference(frame, frame));
+    }
+  });
+}
+
 }  // namespace
 
 int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   InputBytes in(data, size);
   using Check = void (*)(InputBytes&);
-  static constexpr Check kChecks[] = {&checkTable,   &checkHints,        &checkEvaluation,
-                                      &checkListing, &checkNaturalOrder, &checkPlacements};
-  // A letter, so that seeds are texts.
+  // Chosen by a letter, so that seeds are texts: "A" is the third one, "G" the second.
+  static constexpr Check kChecks[] = {&checkNaturalOrder, &checkJournal, &checkPlacements,
+                                      &checkTable,        &checkHints,   &checkEvaluation,
+                                      &checkListing};
   kChecks[in.byte() % std::size(kChecks)](in);
   return 0;
 }
