@@ -24,7 +24,8 @@ class OutputFile {
   /// Adds `size` bytes. \throws ToolError naming the target.
   void write(const void* bytes, std::size_t size);
 
-  /// Brings what was written to the disk and moves the file into place. At most once.
+  /// Brings what was written to the disk and moves the file into place. A folder that was removed
+  /// meanwhile is created again. At most once.
   /// \throws ToolError naming the target.
   void publish();
 
@@ -40,7 +41,10 @@ class OutputFile {
   [[noreturn]] void throwUnwritten(int error) const;
 
  private:
-  void close();
+  void create();
+  void publishAnew();
+  void copyFrom(int source);
+  void sync() const;
 
   std::filesystem::path target_;
   std::filesystem::path temporary_;  // Empty once published.
