@@ -74,11 +74,17 @@ TEST_F(Leftovers, ThatSomebodyHoldsStay) {
 }
 
 TEST_F(Leftovers, OtherNamesStay) {
-  for (const std::string& name :
-       {".other.bin." + ended() + ".part", ".out.bin.0" + ended() + ".part",
-        ".out.bin." + ended() + "x.part", ".out.bin." + ended() + ".parts", ".out.bin..part",
-        ".out.bin.-" + ended() + ".part", ".out.bin.part", "out.bin." + ended() + ".part",
-        ".out.bin.99999999999999999999.part", ".out.bin.x." + ended() + ".part"}) {
+  const Names others = {".other.bin." + ended() + ".part",
+                        ".out.bin.0" + ended() + ".part",
+                        ".out.bin." + ended() + "x.part",
+                        ".out.bin." + ended() + ".parts",
+                        ".out.bin..part",
+                        ".out.bin.-" + ended() + ".part",
+                        ".out.bin.part",
+                        "out.bin." + ended() + ".part",
+                        ".out.bin.99999999999999999999.part",
+                        ".out.bin.x." + ended() + ".part"};
+  for (const std::string& name : others) {
     writeText(folder_.file(name), "x");
   }
   const Names before = folder_.names();

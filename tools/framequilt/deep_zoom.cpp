@@ -2,8 +2,9 @@
 #include "tools/framequilt/deep_zoom.h"
 
 #include <algorithm>
-#include <array>
 #include <fstream>
+#include <string>
+#include <system_error>
 
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/tool_error.h"
@@ -17,15 +18,18 @@ namespace fs = std::filesystem;
 /// Without visible blocks at four times the size of a middling 75.
 constexpr const char* kQuality = "[Q=88]";
 
-/// Whether the file ends as JPEG files do.
-bool isWholeTile(const fs::path& file) {
-  constexpr int kEndSize = 2;
+/// Whether the file is there and ends like this.
+bool endsWith(const fs::path& file, const std::string& expected) {
+  const auto size = static_cast<std::streamoff>(expected.size());
   std::ifstream stream(file, std::ios::binary);
-  std::array<char, kEndSize> end{};
-  stream.seekg(-kEndSize, std::ios::end);
-  stream.read(end.data(), kEndSize);
-  return stream && end == std::array<char, kEndSize>{'\xFF', '\xD9'};
+  std::string end(expected.size(), '\0');
+  stream.seekg(-size, std::ios::end);
+  stream.read(end.data(), size);
+  return stream && end == expected;
 }
+
+/// Whether the file ends as JPEG files do.
+bool isWholeTile(const fs::path& file) { return endsWith(file, "\xFF\xD9"); }
 
 /// Whether every tile of a level of this size is there.
 bool isWholeLevel(const fs::path& folder, cv::Size size, const DeepZoom& pyramid) {
@@ -41,6 +45,7 @@ bool isWholeLevel(const fs::path& folder, cv::Size size, const DeepZoom& pyramid
 
 /// libvips does not notice when a disk is full.
 bool isWhole(const fs::path& folder, cv::Size size, const DeepZoom& pyramid) {
+  if (!endsWith(folder / (pyramid.name + ".dzi"), "</Image>\n")) return false;
   int level = 0;
   while (1LL << level < std::max(size.width, size.height)) ++level;
   for (; level >= 0; --level) {
@@ -62,6 +67,9 @@ void writeDeepZoom(const cv::Mat& picture, const DeepZoom& pyramid, const fs::pa
                   "suffix", suffix.c_str(), "tile_size", pyramid.tileSide, "overlap",
                   pyramid.overlap, "depth", VIPS_FOREIGN_DZ_DEPTH_ONEPIXEL, nullptr);
   vips_error_clear();
+  // Says when it was made, and by what; nobody reads it, and no two runs would be the same.
+  std::error_code ignored;
+  fs::remove(folder / (pyramid.name + "_files") / "vips-properties.xml", ignored);
   if (failed == 0 && isWhole(folder, picture.size(), pyramid)) return;
   throw ToolError("the tiles of " + inQuotes(shownFolder) +
                   " could not be written: free some space or choose another folder");

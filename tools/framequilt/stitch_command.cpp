@@ -38,6 +38,7 @@ std::unique_ptr<FrameSource> openSource(const StitchOptions& options, const Sour
   settings.interrupted = Interruption::wanted;
   std::unique_ptr<FrameSource> source = open(settings);
   if (source->count() == std::size_t{1}) {
+    if (Interruption::wanted()) throw ToolError("interrupted before a second picture was read");
     throw ToolError(inQuotes(options.inputs.front()) + " gives only one frame: give two or more");
   }
   return source;
