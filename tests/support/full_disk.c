@@ -279,13 +279,17 @@ FILE* fopen64(const char* path, const char* mode) { return open_file(path, mode)
 typedef size_t fwrite_type(const void*, size_t, size_t, FILE*);
 size_t fwrite(const void* bytes, size_t size, size_t count, FILE* file) {
   NEXT(fwrite_type, "fwrite")
-  return descriptor_fails("fwrite", fileno(file), true) ? 0 : next(bytes, size, count, file);
+  if (!descriptor_fails("fwrite", fileno(file), true)) return next(bytes, size, count, file);
+  file->_flags |= _IO_ERR_SEEN;  // Writers that try again until ferror() would never end.
+  return 0;
 }
 
 typedef int file_type(FILE*);
 int fflush(FILE* file) {
   NEXT(file_type, "fflush")
-  return file != NULL && descriptor_fails("fflush", fileno(file), true) ? EOF : next(file);
+  if (file == NULL || !descriptor_fails("fflush", fileno(file), true)) return next(file);
+  file->_flags |= _IO_ERR_SEEN;
+  return EOF;
 }
 int fclose(FILE* file) {
   NEXT(file_type, "fclose")

@@ -17,7 +17,7 @@ OUTPUTS = ["m.png", "m-outlines.png", "m.ome.tif", "p.csv", "r.json", "r.html", 
 
 def program(*arguments: object, **more) -> subprocess.CompletedProcess[str]:
     command = [PROGRAM, *(str(argument) for argument in arguments)]
-    more = {"capture_output": True, "text": True, "check": False} | more
+    more = {"capture_output": True, "text": True, "check": False, "timeout": 120} | more
     return subprocess.run(command, **more)
 
 

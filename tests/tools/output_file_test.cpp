@@ -107,7 +107,7 @@ TEST(OutputFile, AFolderThatWasRemovedMeanwhileIsMadeAgain) {
   const TemporaryFolder folder;
   const std::string content(3'000'001, 'x');
   std::filesystem::create_directories(folder.file("a/b"));
-  OutputFile file(folder.file("a/b/out.bin"));
+  OutputFile file(folder.file("a/b/out.bin"), OutputFile::FolderRemoved::kMakeAgain);
   file.write(content.data(), content.size());
   std::filesystem::remove_all(folder.file("a"));
   file.publish("y", 1);
@@ -115,10 +115,22 @@ TEST(OutputFile, AFolderThatWasRemovedMeanwhileIsMadeAgain) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.file("a/b")), {}), 1);
 }
 
-TEST(OutputFile, AFolderThatCannotBeMadeAgainIsNamed) {
+TEST(OutputFile, OneOfManyFailsWithItsFolder) {
   const TemporaryFolder folder;
   std::filesystem::create_directory(folder.file("a"));
   OutputFile file(folder.file("a/out.bin"));
+  std::filesystem::remove_all(folder.file("a"));
+  EXPECT_EQ(toolErrorOf([&] { file.publish("y", 1); }),
+            "'" + folder.file("a/out.bin") +
+                "' could not be written (No such file or directory): free some space or choose "
+                "another folder");
+  EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST(OutputFile, AFolderThatCannotBeMadeAgainIsNamed) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.file("a"));
+  OutputFile file(folder.file("a/out.bin"), OutputFile::FolderRemoved::kMakeAgain);
   std::filesystem::remove_all(folder.file("a"));
   writeText(folder.file("a"), "a file now");
   EXPECT_EQ(toolErrorOf([&] { file.publish("y", 1); }),

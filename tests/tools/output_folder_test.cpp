@@ -54,7 +54,7 @@ TEST_F(OutputFolders, LeaveNothingWhenTheyAreNotPublished) {
   fs::create_directory(target());
   writeText(target() + "/part", "older");
   {
-    const OutputFolder output(target(), {"part"});
+    OutputFolder output(target(), {"part"});
     writeText(output.place() / "part", "newer");
   }
   EXPECT_EQ(readText(target() + "/part"), "older");

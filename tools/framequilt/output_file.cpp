@@ -39,7 +39,8 @@ void requirePlace(const fs::path& target) {
 
 }  // namespace
 
-OutputFile::OutputFile(fs::path target) : target_(std::move(target)) {
+OutputFile::OutputFile(fs::path target, FolderRemoved folderRemoved)
+    : target_(std::move(target)), folderRemoved_(folderRemoved) {
   requirePlace(target_);
   create();
 }
@@ -71,7 +72,7 @@ void OutputFile::publish(const void* bytes, std::size_t size) {
 void OutputFile::publish() {
   sync();
   if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
-    if (errno != ENOENT) throwUnwritten(errno);
+    if (errno != ENOENT || folderRemoved_ == FolderRemoved::kFail) throwUnwritten(errno);
     publishAnew();
   }
   temporary_.clear();

@@ -13,9 +13,14 @@ namespace framequilt::tool {
 /// called.
 class OutputFile {
  public:
+  /// What becomes of an output whose folder is removed before it is published: one of many that
+  /// belong together fails, one that is worth something alone is written into a new folder.
+  enum class FolderRemoved { kFail, kMakeAgain };
+
   /// Creates the temporary file, so that a folder that cannot take the output is known at once.
   /// \throws ToolError naming the folder or the target.
-  explicit OutputFile(std::filesystem::path target);
+  explicit OutputFile(std::filesystem::path target,
+                      FolderRemoved folderRemoved = FolderRemoved::kFail);
   /// Removes the temporary file of an output that was not published.
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
@@ -24,8 +29,7 @@ class OutputFile {
   /// Adds `size` bytes. \throws ToolError naming the target.
   void write(const void* bytes, std::size_t size);
 
-  /// Brings what was written to the disk and moves the file into place. A folder that was removed
-  /// meanwhile is created again. At most once.
+  /// Brings what was written to the disk and moves the file into place. At most once.
   /// \throws ToolError naming the target.
   void publish();
 
@@ -47,6 +51,7 @@ class OutputFile {
   void sync() const;
 
   std::filesystem::path target_;
+  FolderRemoved folderRemoved_;
   std::filesystem::path temporary_;  // Empty once published.
   int descriptor_ = -1;
 };

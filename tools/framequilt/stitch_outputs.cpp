@@ -19,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kStandardOutput = "-";
+constexpr auto kAlone = OutputFile::FolderRemoved::kMakeAgain;
 
 /// \throws ToolError when two outputs, or an output and an input, are one file.
 void requireDifferent(const StitchOptions& options) {
@@ -58,7 +59,7 @@ fs::path cleared(const fs::path& file) {
 
 OutputFile pictureFile(const fs::path& file) {
   requireWritableFormat(file);
-  return OutputFile(cleared(file));
+  return OutputFile(cleared(file), kAlone);
 }
 
 DeepZoom pyramidLayout() { return {"mosaic"}; }
@@ -68,7 +69,7 @@ constexpr const char* kPage = "index.html";
 
 TextOutput::TextOutput(const std::string& name, std::ostream& standardOutput)
     : standardOutput_(standardOutput) {
-  if (name != kStandardOutput) file_.emplace(cleared(name));
+  if (name != kStandardOutput) file_.emplace(cleared(name), kAlone);
 }
 
 void TextOutput::publish(const std::string& text) {
@@ -82,16 +83,16 @@ void TextOutput::publish(const std::string& text) {
 StitchOutputs::StitchOutputs(const StitchOptions& options, std::ostream& standardOutput)
     : title_(fs::path(options.output).filename().string()),
       mosaic_((requireDifferent(options), pictureFile(options.output))) {
-  if (options.outlines) outlines_.emplace(cleared(outlinedCopyOf(options.output)));
+  if (options.outlines) outlines_.emplace(cleared(outlinedCopyOf(options.output)), kAlone);
   if (!options.omeTiff.empty()) {
     requireOmeTiffName(options.omeTiff);
-    omeTiff_.emplace(cleared(options.omeTiff));
+    omeTiff_.emplace(cleared(options.omeTiff), kAlone);
   }
   if (!options.pyramid.empty()) {
     const std::string name = pyramidLayout().name;
     pyramid_.emplace(options.pyramid, std::set<std::string>{kPage, name + ".dzi", name + "_files"});
   }
-  if (!options.reportHtml.empty()) reportPage_.emplace(cleared(options.reportHtml));
+  if (!options.reportHtml.empty()) reportPage_.emplace(cleared(options.reportHtml), kAlone);
   if (!options.placements.empty()) placements_.emplace(options.placements, standardOutput);
   if (!options.report.empty()) report_.emplace(options.report, standardOutput);
 }

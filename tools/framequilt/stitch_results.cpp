@@ -115,16 +115,17 @@ cv::Mat publishResults(const StitchOptions& options, const StitchedCapture& capt
         [&] { outputs.publishPlacements(placementsText(capture.log, options.placements)); });
     attempts.make(
         [&] { outputs.publishOmeTiff(picture.pixels, mosaicPixelSize(options, session.scale())); });
-    attempts.make([&] { outputs.publishPyramid(picture.pixels, report); });
   }
   attempts.make([&] { outputs.publishReportPage(picture.pixels, report); });
-  // Last, since it takes a second copy of the mosaic.
+  // Late, since it takes a second copy of the mosaic.
   if (written && outputs.wantsOutlines()) {
     attempts.make([&] {
       outputs.publishOutlines(
           withOutlines(picture.pixels, outlinesOf(capture.log, picture, shape, session.scale())));
     });
   }
+  // Last, since libvips ends the process where it cannot make a folder.
+  if (written) attempts.make([&] { outputs.publishPyramid(picture.pixels, report); });
   attempts.requireAll();
   return picture.pixels;
 }
