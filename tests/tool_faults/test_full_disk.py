@@ -119,7 +119,7 @@ def test_a_call_that_fails(how, capture, undisturbed, older, out):
             for name in kept:
                 assert f"{name}'" in run.stderr, place
         assert_nothing_is_lost(out, capture, undisturbed)
-    assert seen == {0, 2}
+    assert 2 in seen and seen <= {0, 2}
 
 
 def test_killed_at_a_call(capture, undisturbed, older, out):
