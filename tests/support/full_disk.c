@@ -234,6 +234,9 @@ int openat64(int at, const char* path, int flags, ...) {
 typedef int mkdir_type(const char*, mode_t);
 int mkdir(const char* path, mode_t mode) {
   NEXT(mkdir_type, "mkdir")
+  // One that is there already is no question of room.
+  struct stat there;
+  if (stat(path, &there) == 0) return next(path, mode);
   return path_fails("mkdir", AT_FDCWD, path, true) ? -1 : next(path, mode);
 }
 

@@ -43,14 +43,31 @@ bool isWholeLevel(const fs::path& folder, cv::Size size, const DeepZoom& pyramid
   return true;
 }
 
+fs::path levelFolder(const fs::path& folder, const DeepZoom& pyramid, int level) {
+  return folder / (pyramid.name + "_files") / std::to_string(level);
+}
+
+/// Of the level that is as large as the picture; that of one pixel is 0.
+int lastLevel(cv::Size size) {
+  int level = 0;
+  while (1LL << level < std::max(size.width, size.height)) ++level;
+  return level;
+}
+
+/// libvips takes folders that are there, and ends the process where it cannot make one.
+bool makeFolders(const fs::path& folder, cv::Size size, const DeepZoom& pyramid) {
+  std::error_code failure;
+  for (int level = lastLevel(size); level >= 0 && !failure; --level) {
+    fs::create_directories(levelFolder(folder, pyramid, level), failure);
+  }
+  return !failure;
+}
+
 /// libvips does not notice when a disk is full.
 bool isWhole(const fs::path& folder, cv::Size size, const DeepZoom& pyramid) {
   if (!endsWith(folder / (pyramid.name + ".dzi"), "</Image>\n")) return false;
-  int level = 0;
-  while (1LL << level < std::max(size.width, size.height)) ++level;
-  for (; level >= 0; --level) {
-    const fs::path tiles = folder / (pyramid.name + "_files") / std::to_string(level);
-    if (!isWholeLevel(tiles, size, pyramid)) return false;
+  for (int level = lastLevel(size); level >= 0; --level) {
+    if (!isWholeLevel(levelFolder(folder, pyramid, level), size, pyramid)) return false;
     size = {(size.width + 1) / 2, (size.height + 1) / 2};
   }
   return true;
@@ -62,15 +79,16 @@ void writeDeepZoom(const cv::Mat& picture, const DeepZoom& pyramid, const fs::pa
                    const fs::path& shownFolder) {
   const GObjectPtr<VipsImage> view = vipsViewOf(picture);
   const std::string suffix = std::string(".") + DeepZoom::kFormat + kQuality;
-  const int failed =
+  const bool written =
+      makeFolders(folder, picture.size(), pyramid) &&
       vips_dzsave(view.get(), (folder / pyramid.name).c_str(), "layout", VIPS_FOREIGN_DZ_LAYOUT_DZ,
                   "suffix", suffix.c_str(), "tile_size", pyramid.tileSide, "overlap",
-                  pyramid.overlap, "depth", VIPS_FOREIGN_DZ_DEPTH_ONEPIXEL, nullptr);
+                  pyramid.overlap, "depth", VIPS_FOREIGN_DZ_DEPTH_ONEPIXEL, nullptr) == 0;
   vips_error_clear();
   // Says when it was made, and by what; nobody reads it, and no two runs would be the same.
   std::error_code ignored;
   fs::remove(folder / (pyramid.name + "_files") / "vips-properties.xml", ignored);
-  if (failed == 0 && isWhole(folder, picture.size(), pyramid)) return;
+  if (written && isWhole(folder, picture.size(), pyramid)) return;
   throw ToolError("the tiles of " + inQuotes(shownFolder) +
                   " could not be written: free some space or choose another folder");
 }

@@ -92,8 +92,9 @@ JournalFile::JournalFile(fs::path folder, int flags) : folder_(std::move(folder)
     throw ToolError("folder " + inQuotes(folder_) +
                     " holds no journal: give the one that 'framequilt stitch --journal' made");
   }
+  const bool noRoom = reason == ENOSPC || reason == EDQUOT;
   throw ToolError(inQuotes(file) + " cannot be opened (" + std::strerror(reason) +
-                  "): check its permissions");
+                  (noRoom ? "): free some space" : "): check its permissions"));
 }
 
 JournalFile::JournalFile(JournalFile&& other) noexcept

@@ -124,7 +124,7 @@ cv::Mat publishResults(const StitchOptions& options, const StitchedCapture& capt
           withOutlines(picture.pixels, outlinesOf(capture.log, picture, shape, session.scale())));
     });
   }
-  // Last, since libvips ends the process where it cannot make a folder.
+  // Last, since it takes the most files by far.
   if (written) attempts.make([&] { outputs.publishPyramid(picture.pixels, report); });
   attempts.requireAll();
   return picture.pixels;
