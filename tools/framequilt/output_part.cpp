@@ -104,7 +104,10 @@ int createPart(const fs::path& part, Create create) {
     if (descriptor >= 0) {
       if (holds(descriptor)) return descriptor;
       ::close(descriptor);
-    } else if (errno != EEXIST || !removeUnlessHeld(part, true)) {
+    } else if (errno != EEXIST) {
+      return -1;
+    } else if (!removeUnlessHeld(part, true)) {
+      errno = EEXIST;
       return -1;
     }
   }
