@@ -102,3 +102,48 @@ TEST(OutputFile, AFolderIsNoTarget) {
   const TemporaryFolder folder;
   EXPECT_EQ(errorOf(folder.path()), "'" + folder.path() + "' is a folder: name a file in it");
 }
+
+TEST(OutputFile, AFolderThatWasRemovedMeanwhileIsMadeAgain) {
+  const TemporaryFolder folder;
+  const std::string content(3'000'001, 'x');
+  std::filesystem::create_directories(folder.file("a/b"));
+  OutputFile file(folder.file("a/b/out.bin"), OutputFile::FolderRemoved::kMakeAgain);
+  file.write(content.data(), content.size());
+  std::filesystem::remove_all(folder.file("a"));
+  file.publish("y", 1);
+  EXPECT_TRUE(readText(folder.file("a/b/out.bin")) == content + "y");
+  EXPECT_EQ(std::distance(std::filesystem::directory_iterator(folder.file("a/b")), {}), 1);
+}
+
+TEST(OutputFile, OneOfManyFailsWithItsFolder) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.file("a"));
+  OutputFile file(folder.file("a/out.bin"));
+  std::filesystem::remove_all(folder.file("a"));
+  EXPECT_EQ(toolErrorOf([&] { file.publish("y", 1); }),
+            "'" + folder.file("a/out.bin") +
+                "' could not be written (No such file or directory): free some space or choose "
+                "another folder");
+  EXPECT_EQ(folder.names(), Names{});
+}
+
+TEST(OutputFile, AFolderThatCannotBeMadeAgainIsNamed) {
+  const TemporaryFolder folder;
+  std::filesystem::create_directory(folder.file("a"));
+  OutputFile file(folder.file("a/out.bin"), OutputFile::FolderRemoved::kMakeAgain);
+  std::filesystem::remove_all(folder.file("a"));
+  writeText(folder.file("a"), "a file now");
+  EXPECT_EQ(toolErrorOf([&] { file.publish("y", 1); }),
+            "'" + folder.file("a/out.bin") +
+                "' could not be written (Not a directory): free some space or choose another "
+                "folder");
+  EXPECT_EQ(readText(folder.file("a")), "a file now");
+}
+
+TEST(OutputFile, IsWrittenByOneAtATime) {
+  const TemporaryFolder folder;
+  const OutputFile first(folder.file("out.bin"));
+  EXPECT_EQ(errorOf(folder.file("out.bin")),
+            "'" + folder.file("out.bin") +
+                "' is being written by another framequilt: wait until that ends");
+}

@@ -2,6 +2,8 @@
 #include "tools/framequilt/output_folder.h"
 
 #include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <string>
@@ -52,7 +54,7 @@ TEST_F(OutputFolders, LeaveNothingWhenTheyAreNotPublished) {
   fs::create_directory(target());
   writeText(target() + "/part", "older");
   {
-    const OutputFolder output(target(), {"part"});
+    OutputFolder output(target(), {"part"});
     writeText(output.place() / "part", "newer");
   }
   EXPECT_EQ(readText(target() + "/part"), "older");
@@ -84,4 +86,41 @@ TEST_F(OutputFolders, NeedAPlace) {
                                                  parent_.file("no/out") +
                                                  "' does not exist: create it or choose another");
   EXPECT_EQ(errorOf("."), "'.' cannot be replaced: name a new folder");
+}
+
+TEST_F(OutputFolders, RemovedMeanwhileAreMadeAgain) {
+  const std::string inside = parent_.file("a/out");
+  fs::create_directory(parent_.file("a"));
+  OutputFolder output(inside, {"part"});
+  fs::remove_all(parent_.file("a"));
+  writeText(output.place() / "part", "text");
+  output.publish();
+  EXPECT_EQ(readText(inside + "/part"), "text");
+}
+
+TEST_F(OutputFolders, RemovedAtTheEndAreNotPublished) {
+  fs::create_directory(target());
+  writeText(target() + "/part", "older");
+  OutputFolder output(target(), {"part"});
+  const fs::path place = output.place();
+  fs::remove_all(place);
+  fs::create_directory(place);
+  EXPECT_EQ(toolErrorOf([&] { output.publish(); }),
+            "'" + target() +
+                "' could not be written (No such file or directory): free some space or choose "
+                "another folder");
+  EXPECT_EQ(readText(target() + "/part"), "older");
+}
+
+TEST_F(OutputFolders, FindAnOlderOneThatAKilledRunHadMovedAway) {
+  const pid_t ended = ::fork();
+  if (ended == 0) ::_exit(0);
+  int status = 0;
+  ::waitpid(ended, &status, 0);
+  const std::string older = parent_.file(".out." + std::to_string(ended) + ".old");
+  fs::create_directory(older);
+  writeText(older + "/part", "older");
+  { const OutputFolder output(target(), {"part"}); }
+  EXPECT_EQ(readText(target() + "/part"), "older");
+  EXPECT_EQ(parent_.names(), std::vector<std::string>{"out"});
 }

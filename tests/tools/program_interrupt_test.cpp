@@ -107,7 +107,7 @@ TEST_P(ProgramInterrupt, TheMosaicSoFarIsWritten) {
   EXPECT_EQ(outputs_.names(), std::vector<std::string>{"mosaic.png"});
 }
 
-INSTANTIATE_TEST_SUITE_P(Signals, ProgramInterrupt, testing::Values(SIGINT, SIGTERM));
+INSTANTIATE_TEST_SUITE_P(Signals, ProgramInterrupt, testing::Values(SIGINT, SIGTERM, SIGHUP));
 
 TEST_F(ProgramSignal, KillLeavesAnOlderMosaic) {
   writeText(mosaic(), "older");

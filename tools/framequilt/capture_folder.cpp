@@ -7,6 +7,7 @@
 #include <system_error>
 #include <utility>
 
+#include "tools/framequilt/output_part.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/tool_error.h"
 
@@ -30,10 +31,17 @@ bool isFrameName(std::string_view name) {
   return digits.find_first_not_of("0123456789") == std::string_view::npos;
 }
 
+/// Of what a killed run left, the name it would have got.
+std::string nameInCapture(const fs::path& file) {
+  const std::string name = file.filename().string();
+  const std::string target = targetNameOf(name);
+  return target.empty() ? name : target;
+}
+
 bool isOfCapture(const fs::path& file) {
   std::error_code ignored;
   if (!fs::is_regular_file(fs::symlink_status(file, ignored))) return false;
-  const std::string name = file.filename().string();
+  const std::string name = nameInCapture(file);
   return name == kTruthName || isFrameName(name);
 }
 
@@ -60,7 +68,7 @@ void requireCaptureOnly(const fs::path& folder, const std::vector<fs::path>& ent
                     ", which is no part of a simulated capture: choose a new or empty folder");
   }
   const bool hasTruth = std::any_of(entries.begin(), entries.end(), [](const fs::path& entry) {
-    return entry.filename() == kTruthName;
+    return nameInCapture(entry) == kTruthName;
   });
   if (!entries.empty() && !hasTruth) {
     throw ToolError("folder " + inQuotes(folder) +

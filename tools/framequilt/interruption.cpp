@@ -21,11 +21,15 @@ Interruption::Interruption() {
   action.sa_flags = static_cast<int>(SA_RESETHAND) | SA_RESTART;
   sigaction(SIGINT, &action, &formerInterrupt_);
   sigaction(SIGTERM, &action, &formerTerminate_);
+  // nohup lets a run outlive its terminal.
+  sigaction(SIGHUP, nullptr, &formerHangUp_);
+  if (formerHangUp_.sa_handler != SIG_IGN) sigaction(SIGHUP, &action, nullptr);
 }
 
 Interruption::~Interruption() {
   sigaction(SIGINT, &formerInterrupt_, nullptr);
   sigaction(SIGTERM, &formerTerminate_, nullptr);
+  sigaction(SIGHUP, &formerHangUp_, nullptr);
 }
 
 bool Interruption::wanted() { return wish; }

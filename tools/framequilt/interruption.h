@@ -5,8 +5,8 @@
 
 namespace framequilt::tool {
 
-/// While it lives, the first SIGINT (Ctrl-C) or SIGTERM is a wish to finish early; a second one
-/// ends the program at once. One at a time.
+/// While it lives, the first SIGINT (Ctrl-C), SIGTERM or SIGHUP (its terminal was closed) is a wish
+/// to finish early; a second one of its kind ends the program at once. One at a time.
 class Interruption {
  public:
   Interruption();
@@ -20,6 +20,7 @@ class Interruption {
  private:
   struct sigaction formerInterrupt_ {};
   struct sigaction formerTerminate_ {};
+  struct sigaction formerHangUp_ {};
 };
 
 }  // namespace framequilt::tool

@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <sys/file.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <cerrno>
@@ -91,8 +92,9 @@ JournalFile::JournalFile(fs::path folder, int flags) : folder_(std::move(folder)
     throw ToolError("folder " + inQuotes(folder_) +
                     " holds no journal: give the one that 'framequilt stitch --journal' made");
   }
+  const bool noRoom = reason == ENOSPC || reason == EDQUOT;
   throw ToolError(inQuotes(file) + " cannot be opened (" + std::strerror(reason) +
-                  "): check its permissions");
+                  (noRoom ? "): free some space" : "): check its permissions"));
 }
 
 JournalFile::JournalFile(JournalFile&& other) noexcept
@@ -171,6 +173,11 @@ void JournalFile::append(const std::string& object) {
   }
   // A file system that cannot sync says EINVAL; that is no loss of data.
   if (reason == 0 && ::fdatasync(descriptor_) != 0 && errno != EINVAL) reason = errno;
+  // What is written to a file without a name is lost.
+  struct stat status {};
+  if (reason == 0 && ::fstat(descriptor_, &status) == 0 && status.st_nlink == 0) {
+    throw JournalError("the journal of " + inQuotes(folder_) + " was removed");
+  }
   if (reason != 0) {
     // Where this fails, too, the torn line is dropped by whoever reads the journal.
     [[maybe_unused]] const int failed = ::ftruncate(descriptor_, size_);

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: Apache-2.0
+#include <signal.h>
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
@@ -74,6 +75,10 @@ ExitStatus runProgram(int argc, char** argv) {
 }  // namespace
 
 int main(int argc, char** argv) {
+  // A reader that went away and a limit of sizes (ulimit -f) are errors of writing, which have
+  // their own words; a signal would end a run in the middle of its outputs.
+  ::signal(SIGPIPE, SIG_IGN);
+  ::signal(SIGXFSZ, SIG_IGN);
   try {
     // Pictures that cannot be read are reported here, in one line and with the remedy.
     cv::utils::logging::setLogLevel(cv::utils::logging::LOG_LEVEL_SILENT);

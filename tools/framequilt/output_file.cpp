@@ -10,7 +10,9 @@
 #include <string>
 #include <system_error>
 #include <utility>
+#include <vector>
 
+#include "tools/framequilt/output_part.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/tool_error.h"
 
@@ -37,13 +39,19 @@ void requirePlace(const fs::path& target) {
 
 }  // namespace
 
-OutputFile::OutputFile(fs::path target) : target_(std::move(target)) {
+OutputFile::OutputFile(fs::path target, FolderRemoved folderRemoved)
+    : target_(std::move(target)), folderRemoved_(folderRemoved) {
   requirePlace(target_);
-  const std::string name = target_.filename().string();
-  const fs::path temporary =
-      folderOf(target_) / ("." + name + "." + std::to_string(::getpid()) + ".part");
-  ::unlink(temporary.c_str());  // Left by a process of the same number that was killed.
-  descriptor_ = ::open(temporary.c_str(), O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+  create();
+}
+
+void OutputFile::create() {
+  const fs::path temporary = partOf(target_);
+  descriptor_ = createPartFile(temporary);
+  if (descriptor_ < 0 && errno == EEXIST) {
+    throw ToolError(inQuotes(target_) +
+                    " is being written by another framequilt: wait until that ends");
+  }
   if (descriptor_ < 0) {
     throw ToolError("no file can be created in " + inQuotes(folderOf(target_)) + " (" +
                     std::strerror(errno) + "): choose a folder that you may write to");
@@ -62,9 +70,45 @@ void OutputFile::publish(const void* bytes, std::size_t size) {
 }
 
 void OutputFile::publish() {
-  close();
-  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) throwUnwritten(errno);
+  sync();
+  if (std::rename(temporary_.c_str(), target_.c_str()) != 0) {
+    if (errno != ENOENT || folderRemoved_ == FolderRemoved::kFail) throwUnwritten(errno);
+    publishAnew();
+  }
   temporary_.clear();
+  // The rename is done, and so is the lock.
+  ::close(std::exchange(descriptor_, -1));
+}
+
+/// The folder was removed meanwhile; the descriptor still has what was written.
+void OutputFile::publishAnew() {
+  const int source = std::exchange(descriptor_, -1);
+  temporary_.clear();
+  try {
+    std::error_code ignored;  // Told by what comes next.
+    fs::create_directories(folderOf(target_), ignored);
+    create();
+    copyFrom(source);
+    sync();
+    if (std::rename(temporary_.c_str(), target_.c_str()) != 0) throwUnwritten(errno);
+  } catch (...) {
+    ::close(source);
+    throw;
+  }
+  ::close(source);
+}
+
+void OutputFile::copyFrom(int source) {
+  std::vector<char> block(1 << 20);
+  off_t place = 0;
+  while (true) {
+    const ssize_t size = ::pread(source, block.data(), block.size(), place);
+    if (size < 0 && errno == EINTR) continue;
+    if (size < 0) throwUnwritten(errno);
+    if (size == 0) return;
+    write(block.data(), static_cast<std::size_t>(size));
+    place += size;
+  }
 }
 
 void OutputFile::write(const void* bytes, std::size_t size) {
@@ -83,11 +127,9 @@ void OutputFile::throwUnwritten(int error) const {
                   "): free some space or choose another folder");
 }
 
-void OutputFile::close() {
+void OutputFile::sync() const {
   // A file system that cannot sync says EINVAL; that is no loss of data.
   if (::fsync(descriptor_) != 0 && errno != EINVAL) throwUnwritten(errno);
-  const int descriptor = std::exchange(descriptor_, -1);
-  if (::close(descriptor) != 0) throwUnwritten(errno);
 }
 
 }  // namespace framequilt::tool

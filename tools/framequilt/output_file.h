@@ -13,9 +13,14 @@ namespace framequilt::tool {
 /// called.
 class OutputFile {
  public:
+  /// What becomes of an output whose folder is removed before it is published: one of many that
+  /// belong together fails, one that is worth something alone is written into a new folder.
+  enum class FolderRemoved { kFail, kMakeAgain };
+
   /// Creates the temporary file, so that a folder that cannot take the output is known at once.
   /// \throws ToolError naming the folder or the target.
-  explicit OutputFile(std::filesystem::path target);
+  explicit OutputFile(std::filesystem::path target,
+                      FolderRemoved folderRemoved = FolderRemoved::kFail);
   /// Removes the temporary file of an output that was not published.
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
@@ -40,9 +45,13 @@ class OutputFile {
   [[noreturn]] void throwUnwritten(int error) const;
 
  private:
-  void close();
+  void create();
+  void publishAnew();
+  void copyFrom(int source);
+  void sync() const;
 
   std::filesystem::path target_;
+  FolderRemoved folderRemoved_;
   std::filesystem::path temporary_;  // Empty once published.
   int descriptor_ = -1;
 };

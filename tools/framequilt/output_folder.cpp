@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/output_folder.h"
 
+#include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
 #include <system_error>
+#include <utility>
 
+#include "tools/framequilt/output_part.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/tool_error.h"
 
@@ -17,11 +24,6 @@ namespace fs = std::filesystem;
 fs::path named(const fs::path& folder) {
   const fs::path plain = folder.lexically_normal();
   return plain.filename().empty() ? plain.parent_path() : plain;
-}
-
-fs::path besides(const fs::path& target, const char* kind) {
-  return target.parent_path() /
-         ("." + target.filename().string() + "." + std::to_string(::getpid()) + kind);
 }
 
 void requireReplaceable(const fs::path& target, const std::set<std::string>& names) {
@@ -61,12 +63,16 @@ void requireParent(const fs::path& target) {
 OutputFolder::OutputFolder(const fs::path& target, const std::set<std::string>& names)
     : target_(named(target)) {
   requireParent(target_);
+  removeLeftovers(target_);
   requireReplaceable(target_, names);
-  const fs::path temporary = besides(target_, ".part");
-  std::error_code failure;
-  fs::remove_all(temporary, failure);  // Left by a process of the same number that was killed.
-  if (!fs::create_directory(temporary, failure)) {
-    throw ToolError("folder " + inQuotes(target_) + " cannot be created (" + failure.message() +
+  create();
+}
+
+void OutputFolder::create() {
+  const fs::path temporary = partOf(target_);
+  descriptor_ = createPartFolder(temporary);
+  if (descriptor_ < 0) {
+    throw ToolError("folder " + inQuotes(target_) + " cannot be created (" + std::strerror(errno) +
                     "): choose another place");
   }
   temporary_ = temporary;
@@ -75,22 +81,51 @@ OutputFolder::OutputFolder(const fs::path& target, const std::set<std::string>& 
 OutputFolder::~OutputFolder() {
   std::error_code ignored;
   if (!temporary_.empty()) fs::remove_all(temporary_, ignored);
+  if (descriptor_ >= 0) ::close(descriptor_);
+}
+
+const fs::path& OutputFolder::place() {
+  if (isThere()) return temporary_;
+  std::error_code ignored;
+  fs::create_directories(temporary_.parent_path(), ignored);
+  ::close(std::exchange(descriptor_, -1));
+  create();
+  return temporary_;
+}
+
+/// Not so when it was removed, whoever may have made another of its name.
+bool OutputFolder::isThere() const {
+  struct stat made {};
+  struct stat found {};
+  return ::fstat(descriptor_, &made) == 0 && ::stat(temporary_.c_str(), &found) == 0 &&
+         made.st_dev == found.st_dev && made.st_ino == found.st_ino;
 }
 
 void OutputFolder::publish() {
-  const fs::path older = besides(target_, ".old");
-  std::error_code none;
-  fs::rename(target_, older, none);
-  std::error_code failure;
-  fs::rename(temporary_, target_, failure);
-  std::error_code ignored;
-  if (failure) {
-    if (!none) fs::rename(older, target_, ignored);
-    throw ToolError(inQuotes(target_) + " could not be written (" + failure.message() +
-                    "): choose another folder");
+  if (!isThere()) throwUnwritten(ENOENT);
+  // So that what appears under the name is on the disk, all of it.
+  if (::syncfs(descriptor_) != 0) throwUnwritten(errno);
+  if (::renameat2(AT_FDCWD, temporary_.c_str(), AT_FDCWD, target_.c_str(), RENAME_EXCHANGE) == 0) {
+    std::error_code ignored;
+    fs::remove_all(std::exchange(temporary_, {}), ignored);  // Which is the older one now.
+    return;
+  }
+  const fs::path older = olderOf(target_);
+  // No older one, or a file system that cannot exchange.
+  const bool hadOlder = ::rename(target_.c_str(), older.c_str()) == 0;
+  if (::rename(temporary_.c_str(), target_.c_str()) != 0) {
+    const int reason = errno;
+    [[maybe_unused]] const bool back = hadOlder && ::rename(older.c_str(), target_.c_str()) == 0;
+    throwUnwritten(reason);
   }
   temporary_.clear();
-  fs::remove_all(older, ignored);
+  std::error_code ignored;
+  if (hadOlder) fs::remove_all(older, ignored);
+}
+
+void OutputFolder::throwUnwritten(int error) const {
+  throw ToolError(inQuotes(target_) + " could not be written (" + std::strerror(error) +
+                  "): free some space or choose another folder");
 }
 
 }  // namespace framequilt::tool

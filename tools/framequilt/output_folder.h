@@ -23,16 +23,23 @@ class OutputFolder {
   OutputFolder(const OutputFolder&) = delete;
   OutputFolder& operator=(const OutputFolder&) = delete;
 
-  /// Where to write; empty at first.
-  const std::filesystem::path& place() const { return temporary_; }
+  /// Where to write; empty at first. One that was removed meanwhile is created again.
+  /// \throws ToolError naming the target.
+  const std::filesystem::path& place();
   const std::filesystem::path& target() const { return target_; }
 
-  /// Moves the folder into place. At most once. \throws ToolError naming the target.
+  /// Brings the folder to the disk and moves it into place, at once where the file system can
+  /// exchange two names. At most once. \throws ToolError naming the target.
   void publish();
 
  private:
+  void create();
+  bool isThere() const;
+  [[noreturn]] void throwUnwritten(int error) const;
+
   std::filesystem::path target_;
   std::filesystem::path temporary_;  // Empty once published.
+  int descriptor_ = -1;
 };
 
 }  // namespace framequilt::tool

@@ -44,6 +44,9 @@ class RunJournal {
   /// may be written then.
   void requireAllTaken(const LoopEnd& end) const;
 
+  /// The folder, for who wants to go on with the run; empty once the disk took no more of it.
+  std::filesystem::path resumable() const { return file_ ? folder_ : std::filesystem::path(); }
+
   /// After the results have been written.
   void finish(const LoopEnd& end, const Session& session);
 

@@ -38,6 +38,7 @@ std::unique_ptr<FrameSource> openSource(const StitchOptions& options, const Sour
   settings.interrupted = Interruption::wanted;
   std::unique_ptr<FrameSource> source = open(settings);
   if (source->count() == std::size_t{1}) {
+    if (Interruption::wanted()) throw ToolError("interrupted before a second picture was read");
     throw ToolError(inQuotes(options.inputs.front()) + " gives only one frame: give two or more");
   }
   return source;
@@ -84,6 +85,7 @@ ExitStatus stitchCapture(const StitchOptions& options, const Streams& streams,
   StitchOutputs outputs(options, streams.out);
   const Interruption interruption;
   Console console(streams.notes, streams.notesOnTerminal, amountOf(options));
+  const Note note = [&console](const std::string& text) { console.remark(text); };
   const Hints hints = options.hints.empty() ? Hints() : Hints::fromFile(options.hints);
   const std::unique_ptr<FrameSource> source = openSource(options, open, console);
   const SessionOptions shape = sessionOptions(options, source->shape());
@@ -93,8 +95,7 @@ ExitStatus stitchCapture(const StitchOptions& options, const Streams& streams,
   StitchLog log;
   FrameWitness witness;
   if (journal != nullptr) {
-    journal->begin(options, *source, session,
-                   [&console](const std::string& text) { console.remark(text); });
+    journal->begin(options, *source, session, note);
     witness = [&](const SourceFrame& frame, const FrameResult& result) {
       journal->take(frame, result, *source, session);
       return true;
@@ -105,8 +106,18 @@ ExitStatus stitchCapture(const StitchOptions& options, const Streams& streams,
   session.stop();
   console.endProgress();
 
-  const cv::Mat mosaic = publishResults(
-      options, {session, shape, log, end, source->skipped(), source->dropped()}, outputs);
+  const cv::Mat mosaic = [&] {
+    try {
+      return publishResults(
+          options, {session, shape, log, end, source->skipped(), source->dropped()}, outputs, note);
+    } catch (const ToolError&) {
+      if (journal != nullptr && !journal->resumable().empty()) {
+        note("the journal of " + inQuotes(journal->resumable()) +
+             " is kept: go on with it by 'framequilt resume' to have what is missing");
+      }
+      throw;
+    }
+  }();
   const bool written = !mosaic.empty();
   if (journal != nullptr) journal->finish(end, session);
   if (!options.quiet) {

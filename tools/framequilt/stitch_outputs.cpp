@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "tools/framequilt/ome_xml.h"
+#include "tools/framequilt/output_part.h"
 #include "tools/framequilt/path_text.h"
 #include "tools/framequilt/picture_format.h"
 #include "tools/framequilt/report_page.h"
@@ -18,6 +19,7 @@ namespace {
 namespace fs = std::filesystem;
 
 constexpr const char* kStandardOutput = "-";
+constexpr auto kAlone = OutputFile::FolderRemoved::kMakeAgain;
 
 /// \throws ToolError when two outputs, or an output and an input, are one file.
 void requireDifferent(const StitchOptions& options) {
@@ -49,9 +51,15 @@ void publishPicture(const cv::Mat& picture, OutputFile& file) {
   file.publish();
 }
 
+/// In the place of a name, whose leftovers of killed runs go.
+fs::path cleared(const fs::path& file) {
+  removeLeftovers(file);
+  return file;
+}
+
 OutputFile pictureFile(const fs::path& file) {
   requireWritableFormat(file);
-  return OutputFile(file);
+  return OutputFile(cleared(file), kAlone);
 }
 
 DeepZoom pyramidLayout() { return {"mosaic"}; }
@@ -61,7 +69,7 @@ constexpr const char* kPage = "index.html";
 
 TextOutput::TextOutput(const std::string& name, std::ostream& standardOutput)
     : standardOutput_(standardOutput) {
-  if (name != kStandardOutput) file_.emplace(name);
+  if (name != kStandardOutput) file_.emplace(cleared(name), kAlone);
 }
 
 void TextOutput::publish(const std::string& text) {
@@ -75,16 +83,16 @@ void TextOutput::publish(const std::string& text) {
 StitchOutputs::StitchOutputs(const StitchOptions& options, std::ostream& standardOutput)
     : title_(fs::path(options.output).filename().string()),
       mosaic_((requireDifferent(options), pictureFile(options.output))) {
-  if (options.outlines) outlines_.emplace(outlinedCopyOf(options.output));
+  if (options.outlines) outlines_.emplace(cleared(outlinedCopyOf(options.output)), kAlone);
   if (!options.omeTiff.empty()) {
     requireOmeTiffName(options.omeTiff);
-    omeTiff_.emplace(options.omeTiff);
+    omeTiff_.emplace(cleared(options.omeTiff), kAlone);
   }
   if (!options.pyramid.empty()) {
     const std::string name = pyramidLayout().name;
     pyramid_.emplace(options.pyramid, std::set<std::string>{kPage, name + ".dzi", name + "_files"});
   }
-  if (!options.reportHtml.empty()) reportPage_.emplace(options.reportHtml);
+  if (!options.reportHtml.empty()) reportPage_.emplace(cleared(options.reportHtml), kAlone);
   if (!options.placements.empty()) placements_.emplace(options.placements, standardOutput);
   if (!options.report.empty()) report_.emplace(options.report, standardOutput);
 }
@@ -99,9 +107,10 @@ void StitchOutputs::publishOmeTiff(const cv::Mat& mosaic, std::optional<double> 
 void StitchOutputs::publishPyramid(const cv::Mat& mosaic, const std::string& report) {
   if (!pyramid_) return;
   const DeepZoom layout = pyramidLayout();
-  writeDeepZoom(mosaic, layout, pyramid_->place(), pyramid_->target());
+  const fs::path place = pyramid_->place();
+  writeDeepZoom(mosaic, layout, place, pyramid_->target());
   const std::string page = reportPage(title_, tilesOf(layout, mosaic.size()), report);
-  OutputFile(pyramid_->place() / kPage).publish(page.data(), page.size());
+  OutputFile(place / kPage).publish(page.data(), page.size());
   pyramid_->publish();
 }
 void StitchOutputs::publishReportPage(const cv::Mat& mosaic, const std::string& report) {

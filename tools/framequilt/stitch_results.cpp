@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tools/framequilt/stitch_results.h"
 
+#include <functional>
 #include <optional>
 #include <string>
 #include <vector>
@@ -8,6 +9,7 @@
 #include "tools/framequilt/outlines.h"
 #include "tools/framequilt/placements_text.h"
 #include "tools/framequilt/report_json.h"
+#include "tools/framequilt/tool_error.h"
 
 namespace framequilt::tool {
 namespace {
@@ -48,6 +50,29 @@ std::vector<FrameOutline> outlinesOf(const StitchLog& log, const Picture& pictur
   return outlines;
 }
 
+/// Each output is worth having without the others.
+class Attempts {
+ public:
+  explicit Attempts(const Note& note) : note_(note) {}
+
+  void make(const std::function<void()>& action) {
+    try {
+      action();
+    } catch (const ToolError& failure) {
+      if (last_) note_(last_->what());
+      last_ = failure;
+    }
+  }
+
+  void requireAll() const {
+    if (last_) throw *last_;
+  }
+
+ private:
+  const Note& note_;
+  std::optional<ToolError> last_;  // Not told yet.
+};
+
 std::optional<double> mosaicPixelSize(const StitchOptions& options, int scale) {
   if (!options.pixelSize) return std::nullopt;
   return *options.pixelSize * scale;
@@ -71,7 +96,7 @@ SessionOptions sessionOptions(const StitchOptions& options, const CaptureShape& 
 }
 
 cv::Mat publishResults(const StitchOptions& options, const StitchedCapture& capture,
-                       StitchOutputs& outputs) {
+                       StitchOutputs& outputs, const Note& note) {
   const Session& session = capture.session;
   const SessionOptions& shape = capture.sessionOptions;
   const Picture picture = pictureOf(session, options.crop == kCropNothing);
@@ -82,19 +107,26 @@ cv::Mat publishResults(const StitchOptions& options, const StitchedCapture& capt
                   capture.leftOut, capture.dropped, capture.end.full, capture.end.interrupted,
                   cv::Size(shape.cols, shape.rows)},
                  capture.log);
-  if (written) outputs.publishMosaic(picture.pixels);
-  outputs.publishReport(report);
+  Attempts attempts(note);
+  if (written) attempts.make([&] { outputs.publishMosaic(picture.pixels); });
+  attempts.make([&] { outputs.publishReport(report); });
   if (written) {
-    outputs.publishPlacements(placementsText(capture.log, options.placements));
-    outputs.publishOmeTiff(picture.pixels, mosaicPixelSize(options, session.scale()));
-    outputs.publishPyramid(picture.pixels, report);
+    attempts.make(
+        [&] { outputs.publishPlacements(placementsText(capture.log, options.placements)); });
+    attempts.make(
+        [&] { outputs.publishOmeTiff(picture.pixels, mosaicPixelSize(options, session.scale())); });
   }
-  outputs.publishReportPage(picture.pixels, report);
-  // Last, since it takes a second copy of the mosaic.
+  attempts.make([&] { outputs.publishReportPage(picture.pixels, report); });
+  // Late, since it takes a second copy of the mosaic.
   if (written && outputs.wantsOutlines()) {
-    outputs.publishOutlines(
-        withOutlines(picture.pixels, outlinesOf(capture.log, picture, shape, session.scale())));
+    attempts.make([&] {
+      outputs.publishOutlines(
+          withOutlines(picture.pixels, outlinesOf(capture.log, picture, shape, session.scale())));
+    });
   }
+  // Last, since it takes the most files by far.
+  if (written) attempts.make([&] { outputs.publishPyramid(picture.pixels, report); });
+  attempts.requireAll();
   return picture.pixels;
 }
 

@@ -4,7 +4,9 @@
 #include <framequilt/session.h>
 
 #include <cstddef>
+#include <functional>
 #include <opencv2/core/mat.hpp>
+#include <string>
 
 #include "tools/framequilt/frame_source.h"
 #include "tools/framequilt/options_stitch.h"
@@ -27,11 +29,16 @@ struct StitchedCapture {
   std::size_t dropped = 0;  ///< Frames of a camera that came too fast.
 };
 
+/// Gets remarks, a line each.
+using Note = std::function<void(const std::string& line)>;
+
 /// Publishes whatever `outputs` wants: the report in any case, the rest where frames were joined.
+/// One that cannot be written does not keep the others back.
 /// \returns the mosaic that was written, which shares its pixels with the session; empty when none
 ///          was.
-/// \throws ToolError naming the file that could not be written.
+/// \throws ToolError naming the last file that could not be written; those before it are remarked
+///         on to `note`.
 cv::Mat publishResults(const StitchOptions& options, const StitchedCapture& capture,
-                       StitchOutputs& outputs);
+                       StitchOutputs& outputs, const Note& note);
 
 }  // namespace framequilt::tool
