@@ -20,13 +20,13 @@ Limits limitsOfOpencl() {
 
 const BackendAccess& hostAccess() {
   static constexpr BackendAccess access = {&forgetMeasures, &restoreReference, &motionOfCall,
-                                           &limitsOfHost, true};
+                                           &lackedMemoryInCall, &limitsOfHost, true};
   return access;
 }
 
 const BackendAccess& openclAccess() {
   static constexpr BackendAccess access = {&forgetMeasuresCL, &restoreReferenceCL, &motionOfCallCL,
-                                           &limitsOfOpencl, false};
+                                           &lackedMemoryInCallCL, &limitsOfOpencl, false};
   return access;
 }
 

@@ -106,6 +106,21 @@ class EntryPointFaults : public testing::TestWithParam<FaultCapture> {
 INSTANTIATE_TEST_SUITE_P(, EntryPointFaults, testing::ValuesIn(allCaptures()),
                          [](const auto& instance) { return instance.param.name; });
 
+TEST_P(EntryPointFaults, AreLookedForOnEveryRoad) {
+  Steps steps(GetParam());
+  ASSERT_TRUE(steps.start());
+  const bool small = GetParam().frames.size() == 5;
+  for (int frame = 1; frame < steps.frames(); ++frame) {
+    steps.prepare(frame);
+    const SPoint before = flagsCpu.position;
+    steps.offer(frame);
+    const SPoint after = flagsCpu.position;
+    const bool joined = before.x != after.x || before.y != after.y;
+    EXPECT_EQ(joined, !(small && frame == 3)) << "frame " << frame;
+  }
+  EXPECT_EQ(mosaicImgCpu.rows > 6000, GetParam().name == "Growing");
+}
+
 TEST_P(EntryPointFaults, OfTheStart) {
   sweepFaults(name("start"), [&](long failing) {
     const Steps steps(GetParam());

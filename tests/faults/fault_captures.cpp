@@ -19,10 +19,9 @@ std::vector<Frame> walk(const Scene& scene, int rows, int cols, const std::vecto
 
 /// Joined, refused, joined.
 std::vector<Frame> smallFrames(int channels) {
-  const Scene scene(400, 560, channels, 12);
-  std::vector<Frame> frames =
-      walk(scene, 150, 200, {{20, 100}, {80, 100}, {140, 120}, {190, 160}});
-  frames.insert(frames.end() - 1, noiseFrame(150, 200, channels, 5));
+  std::vector<Frame> frames = walk(Scene(560, 900, channels, 12), 240, 320,
+                                   {{20, 100}, {120, 100}, {200, 140}, {280, 180}});
+  frames.insert(frames.end() - 1, noiseFrame(240, 320, channels, 5));
   return frames;
 }
 
@@ -41,10 +40,10 @@ const std::vector<FaultCapture>& largeCaptures() {
   static const std::vector<FaultCapture> captures = {
       capture("LargeColour", 1, 1,
               walk(Scene(500, 760, 3, 3), 330, 480, {{20, 20}, {140, 60}, {240, 100}})),
-      // 6000 rows are in a new mosaic: ten are free below the first frame, which the second one
-      // leaves four of.
+      // 1200 rows of a new mosaic are left below the first frame.
       capture("Growing", 1, 0,
-              walk(Scene(6010, 200, 1, 7), 5980, 96, {{0, 0}, {30, 6}, {60, 14}, {90, 16}}))};
+              walk(Scene(5000, 200, 1, 7), 3600, 160,
+                   {{0, 0}, {10, 500}, {0, 1000}, {10, 1400}}))};
   return captures;
 }
 

@@ -42,6 +42,7 @@ void sweepFaults(const std::string& action, const std::function<FaultyCall(long)
   const long count = trial(0).passed.count;
   ASSERT_GT(count, 0) << action;
   const int threads = threadsOfProcess();
+  const long unjoined = unjoinedThreads();
   const long stride = chosenStride();
   long tried = 0;
   std::map<std::string, int> outcomes;
@@ -51,6 +52,7 @@ void sweepFaults(const std::string& action, const std::function<FaultyCall(long)
     SCOPED_TRACE(action + ", point " + std::to_string(point) + " (" + call.passed.failed +
                  "): " + call.outcome);
     waitForThreads(threads);
+    EXPECT_EQ(unjoinedThreads(), unjoined);
     const long after = liveObjects();
     if (after > before) {
       // A leak, unless it was for once.

@@ -37,6 +37,7 @@ std::atomic<long> points{0};
 std::atomic<long> failingPoint{0};
 std::atomic<const char*> failedCall{nullptr};
 std::atomic<long> objects{0};
+std::atomic<long> unjoined{0};
 std::atomic<bool> countsProgram{false};
 
 /// Whose code lies at an address.
@@ -190,6 +191,8 @@ FaultsOfProgram::~FaultsOfProgram() { countsProgram = false; }
 
 long liveObjects() { return objects; }
 
+long unjoinedThreads() { return unjoined; }
+
 int threadsOfProcess() {
   DIR* const folder = opendir("/proc/self/task");
   if (folder == nullptr) return 0;
@@ -289,12 +292,22 @@ FRAMEQUILT_IN_FRONT int pthread_create(pthread_t* thread, const pthread_attr_t* 
                                        void* (*body)(void*), void* argument) {
   static const auto create = next<decltype(&pthread_create)>("pthread_create");
   if (fails("pthread_create", FRAMEQUILT_CALLER)) return EAGAIN;
-  return create(thread, attributes, body, argument);
+  const int result = create(thread, attributes, body, argument);
+  if (result == 0) ++unjoined;
+  return result;
 }
 FRAMEQUILT_IN_FRONT int pthread_join(pthread_t thread, void** value) {
   static const auto join = next<decltype(&pthread_join)>("pthread_join");
   if (fails("pthread_join", FRAMEQUILT_CALLER)) return EINVAL;
-  return join(thread, value);
+  const int result = join(thread, value);
+  if (result == 0) --unjoined;
+  return result;
+}
+FRAMEQUILT_IN_FRONT int pthread_detach(pthread_t thread) {
+  static const auto detach = next<decltype(&pthread_detach)>("pthread_detach");
+  const int result = detach(thread);
+  if (result == 0) --unjoined;
+  return result;
 }
 
 }  // extern "C"

@@ -36,5 +36,6 @@ class FaultsOfProgram {
 /// Objects of operator new that were not deleted, in the whole process.
 long liveObjects();
 
-/// Threads of this process.
+/// Threads of this process, and how many were created that nobody joined or detached.
 int threadsOfProcess();
+long unjoinedThreads();
