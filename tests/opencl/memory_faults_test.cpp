@@ -63,76 +63,89 @@ INSTANTIATE_TEST_SUITE_P(, OpenclMemoryFaults,
                          });
 
 TEST_P(OpenclMemoryFaults, OfTheStart) {
-  sweepFaults(name("start"), [&](long failing) {
-    DrivenRun run(GetParam());
-    device_.handOver();
-    FaultyCall call = callWithFault(failing, [&] { return run.start() ? "as usual" : "on the host"; });
-    EXPECT_TRUE(call.outcome == "as usual" || call.outcome == "std::bad_alloc" ||
-                (call.outcome == "on the host" && call.passed.failed == "pthread_create"))
-        << call.outcome;
-    run.stop();
-    expectWholeRunAsUsual();
-    return call;
-  });
+  sweepFaults(
+      name("start"),
+      [&](long failing) {
+        DrivenRun run(GetParam());
+        device_.handOver();
+        FaultyCall call =
+            callWithFault(failing, [&] { return run.start() ? "as usual" : "on the host"; });
+        EXPECT_TRUE(call.outcome == "as usual" || call.outcome == "std::bad_alloc" ||
+                    (call.outcome == "on the host" && call.passed.failed == "pthread_create"))
+            << call.outcome;
+        run.stop();
+        expectWholeRunAsUsual();
+        return call;
+      },
+      Beside::kDriver);
 }
 
 TEST_P(OpenclMemoryFaults, OfAPair) {
-  sweepFaults(name("pair"), [&](long failing) {
-    DrivenRun run(GetParam());
-    EXPECT_TRUE(start(run));
-    FrameOutcome outcome;
-    FaultyCall call = callWithFault(failing, [&] {
-      outcome = run.first();
-      return "as usual";
-    });
-    if (call.outcome == "as usual" && digestOf(outcome) != pair_) {
-      call.outcome = "result " + std::to_string(outcome.result);
-    }
-    expectAllowed(call);
-    if (call.outcome != "as usual") expectPair(run);
-    expectLater(run);
-    run.stop();
-    expectWholeRunAsUsual();
-    return call;
-  });
+  sweepFaults(
+      name("pair"),
+      [&](long failing) {
+        DrivenRun run(GetParam());
+        EXPECT_TRUE(start(run));
+        FrameOutcome outcome;
+        FaultyCall call = callWithFault(failing, [&] {
+          outcome = run.first();
+          return "as usual";
+        });
+        if (call.outcome == "as usual" && digestOf(outcome) != pair_) {
+          call.outcome = "result " + std::to_string(outcome.result);
+        }
+        expectAllowed(call);
+        if (call.outcome != "as usual") expectPair(run);
+        expectLater(run);
+        run.stop();
+        expectWholeRunAsUsual();
+        return call;
+      },
+      Beside::kDriver);
 }
 
 TEST_P(OpenclMemoryFaults, OfALaterFrame) {
-  sweepFaults(name("later frame"), [&](long failing) {
-    DrivenRun run(GetParam());
-    EXPECT_TRUE(start(run));
-    expectPair(run);
-    const RunState before = RunState::ofRun(GetParam());
-    FrameOutcome outcome;
-    FaultyCall call = callWithFault(failing, [&] {
-      outcome = run.next(2);
-      return "as usual";
-    });
-    if (call.outcome == "as usual" && digestOf(outcome) != later_) {
-      call.outcome = "result " + std::to_string(outcome.result);
-    }
-    expectAllowed(call);
-    if (call.outcome != "as usual") {
-      expectSameMosaicAndReference(RunState::ofRun(GetParam()), before);
-      expectLater(run);
-    }
-    run.stop();
-    expectWholeRunAsUsual();
-    return call;
-  });
+  sweepFaults(
+      name("later frame"),
+      [&](long failing) {
+        DrivenRun run(GetParam());
+        EXPECT_TRUE(start(run));
+        expectPair(run);
+        const RunState before = RunState::ofRun(GetParam());
+        FrameOutcome outcome;
+        FaultyCall call = callWithFault(failing, [&] {
+          outcome = run.next(2);
+          return "as usual";
+        });
+        if (call.outcome == "as usual" && digestOf(outcome) != later_) {
+          call.outcome = "result " + std::to_string(outcome.result);
+        }
+        expectAllowed(call);
+        if (call.outcome != "as usual") {
+          expectSameMosaicAndReference(RunState::ofRun(GetParam()), before);
+          expectLater(run);
+        }
+        run.stop();
+        expectWholeRunAsUsual();
+        return call;
+      },
+      Beside::kDriver);
 }
 
 TEST_P(OpenclMemoryFaults, OfTheStop) {
-  sweepFaults(name("stop"), [&](long failing) {
-    DrivenRun run(GetParam());
-    EXPECT_TRUE(start(run));
-    expectPair(run);
-    FaultyCall call =
-        callWithFault(failing, [] { return uinitJoint() ? "as usual" : "result false"; });
-    EXPECT_EQ(call.outcome, "as usual");
-    expectWholeRunAsUsual();
-    return call;
-  });
+  sweepFaults(
+      name("stop"),
+      [&](long failing) {
+        DrivenRun run(GetParam());
+        EXPECT_TRUE(start(run));
+        expectPair(run);
+        FaultyCall call =
+            callWithFault(failing, [] { return uinitJoint() ? "as usual" : "result false"; });
+        EXPECT_EQ(call.outcome, "as usual");
+        expectWholeRunAsUsual();
+        return call;
+      },
+      Beside::kDriver);
 }
 
 }  // namespace

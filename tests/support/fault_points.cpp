@@ -54,7 +54,7 @@ std::size_t moduleCount = 0;
 Owner ownerOf(std::string_view path) {
   if (path.empty()) return Owner::kProgram;
   const std::string_view name = path.substr(path.rfind('/') + 1);
-  for (const char* const library : {"libframequilt", "libopencv_core"}) {
+  for (const char* const library : {"libframequilt.so", "libopencv_core.so"}) {
     if (name.starts_with(library)) return Owner::kLibrary;
   }
   for (const char* const system :
