@@ -23,8 +23,8 @@ constexpr std::chrono::seconds kToBegin{1};
 constexpr std::chrono::microseconds kLookOut{300};
 
 /// Whether threads can leave by `pthread_exit`. The C library loads what that takes when the first
-/// thread leaves, and ends the process when there is no memory for it. Looking at the stack loads it
-/// too, and may fail.
+/// thread leaves, and ends the process when there is no memory for it. Looking at the stack loads
+/// it too, and may fail.
 bool canLeaveThreads() {
 #if defined(__GLIBC__)
   void* frame = nullptr;

@@ -58,8 +58,8 @@ void report(std::string_view line) { emit(line, true); }
 void report(std::string_view text, std::int64_t number) {
   std::array<char, 96> line{};
   constexpr std::size_t kDigits = 20;
-  char* const digits = std::copy_n(text.data(), std::min(text.size(), line.size() - kDigits),
-                                   line.data());
+  char* const digits =
+      std::copy_n(text.data(), std::min(text.size(), line.size() - kDigits), line.data());
   const char* const end = std::to_chars(digits, line.data() + line.size(), number).ptr;
   report(std::string_view(line.data(), static_cast<std::size_t>(end - line.data())));
 }

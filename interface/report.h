@@ -16,8 +16,8 @@ void report(std::string_view line);
 /// mosaic may not fail any more. Of a text beyond 76 bytes the rest is left out.
 void report(std::string_view text, std::int64_t number);
 
-/// The same as `report(line)` for the texts that have no line end on standard output: whatever follows them there
-/// stands on the same line. A sink receives them as it does lines.
+/// The same as `report(line)` for the texts that have no line end on standard output: whatever
+/// follows them there stands on the same line. A sink receives them as it does lines.
 void reportUnended(std::string_view text);
 
 /// While it lives, `sink` receives the lines in place of the process's own sink. One at a time.

@@ -45,8 +45,8 @@ class OneAtATime {
   }
 };
 
-/// What can be done when a call fails, and the errors for lack of memory. Those are made before they
-/// are needed: a copy takes no memory.
+/// What can be done when a call fails, and the errors for lack of memory. Those are made before
+/// they are needed: a copy takes no memory.
 struct Remedy {
   explicit Remedy(std::string words)
       : text(std::move(words)), noMemory(ErrorCode::kOutOfMemory, "out of memory: " + text) {}
@@ -66,8 +66,8 @@ const Remedy& whenStarted() {
   return *remedy;
 }
 
-/// Runs `action`; what the engine and the standard library throw leaves as an `Error` that ends with
-/// what can be done.
+/// Runs `action`; what the engine and the standard library throw leaves as an `Error` that ends
+/// with what can be done.
 template <class Action>
 auto withClearErrors(const Remedy& (*remedy)(), Action action) {
   try {

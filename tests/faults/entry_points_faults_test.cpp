@@ -176,6 +176,9 @@ TEST_P(EntryPointFaults, OfTheStop) {
     FaultyCall call =
         callWithFault(failing, [] { return uinitJoint() ? "as usual" : "result false"; });
     EXPECT_EQ(call.outcome, "as usual");
+    if (failing != 0) {
+      EXPECT_EQ(call.passed.failed, "pthread_join") << "nothing else is asked for";
+    }
     expectWholeRunAsUsual();
     return call;
   });

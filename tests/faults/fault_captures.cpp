@@ -42,8 +42,7 @@ const std::vector<FaultCapture>& largeCaptures() {
               walk(Scene(500, 760, 3, 3), 330, 480, {{20, 20}, {140, 60}, {240, 100}})),
       // 1200 rows of a new mosaic are left below the first frame.
       capture("Growing", 1, 0,
-              walk(Scene(5000, 200, 1, 7), 3600, 160,
-                   {{0, 0}, {10, 500}, {0, 1000}, {10, 1400}}))};
+              walk(Scene(5000, 200, 1, 7), 3600, 160, {{0, 0}, {10, 500}, {0, 1000}, {10, 1400}}))};
   return captures;
 }
 

@@ -21,7 +21,7 @@ inline void PrintTo(const FaultCapture& capture, std::ostream* out) { *out << ca
 /// Motion and overlap criterion, static and dynamic scene; the last frame but one is of another
 /// scene.
 const std::vector<FaultCapture>& smallCaptures();
-/// Large colour frames, which two threads work on; frames so tall that the last one makes the mosaic
-/// grow.
+/// Large colour frames, which two threads work on; frames so tall that the last one makes the
+/// mosaic grow.
 const std::vector<FaultCapture>& largeCaptures();
 std::vector<FaultCapture> allCaptures();

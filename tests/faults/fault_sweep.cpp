@@ -11,6 +11,9 @@
 
 namespace {
 
+/// Actions of so few points are tried at all of them.
+constexpr long kFew = 24;
+
 long chosenStride() {
   const char* const text = std::getenv("FRAMEQUILT_FAULT_STRIDE");
   return text != nullptr ? std::max(1L, std::atol(text)) : 17;
@@ -44,7 +47,8 @@ void sweepFaults(const std::string& action, const std::function<FaultyCall(long)
   ASSERT_GT(count, 0) << action;
   const int threads = threadsOfProcess();
   const long unjoined = unjoinedThreads();
-  const long stride = chosenStride();
+  const long chosen = chosenStride();
+  const long stride = count <= kFew ? 1 : chosen;
   long tried = 0;
   std::map<std::string, int> outcomes;
   for (long point = firstPoint(action, stride, count); point <= count; point += stride) {

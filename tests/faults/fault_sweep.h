@@ -42,13 +42,14 @@ FaultyCall callWithFault(long failing, Action action) {
   return call;
 }
 
-/// Who else makes objects while an action is tried: those of an OpenCL driver come and go as it likes.
+/// Who else makes objects while an action is tried: those of an OpenCL driver come and go as it
+/// likes.
 enum class Beside { kNobody, kDriver };
 
 /// Calls `trial` with 0, which only counts the points of the action, then once for each of them, or
-/// for every FRAMEQUILT_FAULT_STRIDEth (17 where that is not set; another first one for each
-/// action). Nothing may be left behind by a trial, threads or, with nobody beside it, objects. Prints
-/// a line of figures.
+/// for every FRAMEQUILT_FAULT_STRIDEth where there are many (17 where that is not set; another
+/// first one for each action). Nothing may be left behind by a trial, threads or, with nobody
+/// beside it, objects. Prints a line of figures.
 void sweepFaults(const std::string& action, const std::function<FaultyCall(long failing)>& trial,
                  Beside beside = Beside::kNobody);
 

@@ -35,7 +35,8 @@ void put(const std::string& text, std::array<char, size>& into) {
   std::copy_n(text.data(), std::min(text.size(), size - 1), into.data());
 }
 
-/// Runs `action` with a fault, then `whole`, in a new process. It ends by itself, or the test fails.
+/// Runs `action` with a fault, then `whole`, in a new process. It ends by itself, or the test
+/// fails.
 FaultyCall inAnotherProcess(long failing, const std::function<std::string()>& action,
                             const std::function<std::uint64_t()>& whole,
                             std::uint64_t& afterwards) {
@@ -86,10 +87,9 @@ class FirstUseFaults : public testing::TestWithParam<FaultCapture> {
     Frame reference = GetParam().frames.at(0);
     for (std::size_t i = 1; i <= 2; ++i) {
       Frame frame = GetParam().frames.at(i);
-      outcome.result = stichingImagedJoint(i == 1 ? reference.bytes.data() : nullptr,
-                                           frame.bytes.data(), i == 1 ? 0 : 1, 1, 0, 0, false,
-                                           outcome.topLeft, outcome.bottomRight, outcome.mosaic,
-                                           outcome.flags);
+      outcome.result = stichingImagedJoint(
+          i == 1 ? reference.bytes.data() : nullptr, frame.bytes.data(), i == 1 ? 0 : 1, 1, 0, 0,
+          false, outcome.topLeft, outcome.bottomRight, outcome.mosaic, outcome.flags);
       if (outcome.result < 0) break;
     }
     return outcome;

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: Apache-2.0
 /// \file
 /// Makes one call of the system fail: the program that links fault_points.cpp has its own operator
-/// new, malloc and its kin, mmap, pthread_create and pthread_join in front of the system's. Each call
-/// of one of them that the library makes while faults are armed is a point, on whatever thread.
+/// new, malloc and its kin, mmap, pthread_create and pthread_join in front of the system's. Each
+/// call of one of them that the library makes while faults are armed is a point, on whatever
+/// thread.
 ///
-/// A call counts that comes from the library itself, or from OpenCV, the C++ or the C library on its
-/// behalf. What the test, an OpenCL driver or its compiler ask for does not.
+/// A call counts that comes from the library itself, or from OpenCV, the C++ or the C library on
+/// its behalf. What the test, an OpenCL driver or its compiler ask for does not.
 ///
 /// With sanitizers malloc, its kin and mmap are the sanitizer's own and never fail; operator new,
 /// whose memory comes from there, and the threads do.
