@@ -85,6 +85,7 @@ TEST(ThreadFaults, OfAJoinAreNotNoticedBeforeTheWorkerBegins) {
   armFaults(1);
   EXPECT_FALSE(own.join());
   disarmFaults();
+  own.request();
   EXPECT_FALSE(own.await()) << "nobody serves";
   waitForThreads(threads);
 }
