@@ -41,7 +41,7 @@ std::atomic<long> unjoined{0};
 std::atomic<bool> countsProgram{false};
 
 /// Whose code lies at an address.
-enum class Owner { kLibrary, kSystem, kProgram, kOther };
+enum class Owner { kLibrary, kOpencv, kSystem, kProgram, kOther };
 
 struct Module {
   std::uintptr_t begin, end;
@@ -54,9 +54,8 @@ std::size_t moduleCount = 0;
 Owner ownerOf(std::string_view path) {
   if (path.empty()) return Owner::kProgram;
   const std::string_view name = path.substr(path.rfind('/') + 1);
-  for (const char* const library : {"libframequilt.so", "libopencv_core.so"}) {
-    if (name.starts_with(library)) return Owner::kLibrary;
-  }
+  if (name.starts_with("libframequilt.so")) return Owner::kLibrary;
+  if (name.starts_with("libopencv_core.so")) return Owner::kOpencv;
   for (const char* const system :
        {"libstdc++", "libc.", "libgcc_s", "ld-linux", "libasan", "libtsan", "libubsan"}) {
     if (name.starts_with(system)) return Owner::kSystem;
@@ -103,24 +102,25 @@ _Unwind_Reason_Code visit(_Unwind_Context* context, void* argument) {
   return _URC_NORMAL_STOP;
 }
 
-bool counts(const void* returnAddress) {
+enum class Kind { kObject, kOther };
+
+bool counts(Kind kind, const void* returnAddress) {
   if (countsProgram) return true;
   // One less: a call that ends a function returns behind it.
-  const Owner direct = ownerAt(reinterpret_cast<std::uintptr_t>(returnAddress) - 1);
-  if (direct != Owner::kSystem) return direct == Owner::kLibrary;
   Walk walk;
-  _Unwind_Backtrace(visit, &walk);
-  return walk.caller == Owner::kLibrary;
+  walk.caller = ownerAt(reinterpret_cast<std::uintptr_t>(returnAddress) - 1);
+  if (walk.caller == Owner::kSystem) _Unwind_Backtrace(visit, &walk);
+  return walk.caller == Owner::kLibrary || (walk.caller == Owner::kOpencv && kind == Kind::kOther);
 }
 
 /// Looking for the caller may itself call what is looked at.
 thread_local bool looking = false;
 
 /// Whether this call of `name` is the one that fails.
-bool fails(const char* name, const void* returnAddress) {
+bool fails(const char* name, const void* returnAddress, Kind kind = Kind::kOther) {
   if (!armed || looking) return false;
   looking = true;
-  const bool counted = counts(returnAddress);
+  const bool counted = counts(kind, returnAddress);
   looking = false;
   if (!counted || ++points != failingPoint) return false;
   failedCall = name;
@@ -145,7 +145,7 @@ void* alignedMalloc(std::size_t alignment, std::size_t size) {
 #endif
 
 void* object(std::size_t size, std::size_t alignment, const void* returnAddress) {
-  if (fails("operator new", returnAddress)) return nullptr;
+  if (fails("operator new", returnAddress, Kind::kObject)) return nullptr;
   const std::size_t bytes = size == 0 ? 1 : size;
   void* const memory = alignment == 0 ? plainMalloc(bytes) : alignedMalloc(alignment, bytes);
   if (memory != nullptr) ++objects;
