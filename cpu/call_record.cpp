@@ -11,6 +11,7 @@ namespace framequilt {
 namespace {
 
 std::optional<int> measuredMotion;
+bool lackedMemory = false;
 
 }  // namespace
 
@@ -19,6 +20,7 @@ void forgetMeasures() {
   flagsCpu = {};
   flagsCpu.position = position;
   measuredMotion.reset();
+  lackedMemory = false;
 }
 
 void restoreReference() {
@@ -30,5 +32,9 @@ void restoreReference() {
 std::optional<int> motionOfCall() { return measuredMotion; }
 
 void setMotionOfCall(int motion) { measuredMotion = motion; }
+
+bool lackedMemoryInCall() { return lackedMemory; }
+
+void noteLackOfMemoryInCall() { lackedMemory = true; }
 
 }  // namespace framequilt

@@ -23,4 +23,10 @@ std::optional<int> motionOfCall();
 /// For the motion criterion, which measures it.
 void setMotionOfCall(int motion);
 
+/// Whether a worker had no memory for its part of the last call since `forgetMeasures`. The call
+/// itself gives -1, as for frames that share nothing.
+bool lackedMemoryInCall();
+/// For the offset estimation, which waits for the workers.
+void noteLackOfMemoryInCall();
+
 }  // namespace framequilt

@@ -1,18 +1,38 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "cpu/corner_lane.h"
 
+#if defined(__GLIBC__)
+#include <execinfo.h>
+#endif
+
 #include <chrono>
+#include <new>
 #include <thread>
 #include <utility>
 
 #include "cpu/run_state.h"
+#include "interface/never_destroyed.h"
 
 namespace framequilt {
 namespace {
 
 constexpr std::chrono::milliseconds kLookAtFlags{1};
+/// For a thread that was created to reach its lane.
+constexpr std::chrono::seconds kToBegin{1};
 /// Longer than from one step of a frame to the next.
 constexpr std::chrono::microseconds kLookOut{300};
+
+/// Whether threads can leave by `pthread_exit`. The C library loads what that takes when the first
+/// thread leaves, and ends the process when there is no memory for it. Looking at the stack loads
+/// it too, and may fail.
+bool canLeaveThreads() {
+#if defined(__GLIBC__)
+  void* frame = nullptr;
+  return backtrace(&frame, 1) > 0;
+#else
+  return true;
+#endif
+}
 
 /// Waits for `happened` without sleeping, where another processor can make it happen.
 template <class Happened>
@@ -29,6 +49,7 @@ void lookOut(Happened happened) {
 }  // namespace
 
 bool CornerLane::start(void* (*body)(void*)) {
+  if (!canLeaveThreads()) throw std::bad_alloc();
   {
     const std::lock_guard lock(mutex_);
     ++starting_;
@@ -50,12 +71,26 @@ void CornerLane::dismiss() {
 
 bool CornerLane::join() {
   const pthread_t thread = std::exchange(thread_, pthread_t{0});
-  return thread != 0 && pthread_join(thread, nullptr) == 0;
+  if (thread == 0) return false;
+  if (pthread_join(thread, nullptr) == 0) return true;
+  // The stop releases what the worker works in, and the next start takes its place.
+  if (pthread_equal(thread, pthread_self()) == 0) awaitLeaving();
+  pthread_detach(thread);
+  return false;
+}
+
+void CornerLane::awaitLeaving() {
+  std::unique_lock lock(mutex_);
+  changed_.wait(lock, [this] { return serving_ == 0; });
+  // One that has not begun has nothing to do any more; a body of a host's may never begin here.
+  changed_.wait_for(lock, kToBegin, [this] { return starting_ + serving_ == 0; });
+  starting_ = 0;
 }
 
 void CornerLane::request(bool wakes) {
   const std::lock_guard lock(mutex_);
   failed_ = false;
+  lackedMemory_ = false;
   request_ = true;
   if (wakes) changed_.notify_all();
 }
@@ -144,14 +179,14 @@ void CornerLane::finish(bool succeeded) {
 }
 
 CornerLane& laneOne() {
-  static CornerLane& lane =
-      *new CornerLane(startOneThFlag, threadOneCalcFlag, one_pid, /*lends=*/true);
-  return lane;
+  static const NeverDestroyed<CornerLane> lane(startOneThFlag, threadOneCalcFlag, one_pid,
+                                               /*lends=*/true);
+  return *lane;
 }
 
 CornerLane& laneTwo() {
-  static CornerLane& lane = *new CornerLane(startTwoThFlag, threadTwoCalcFlag, two_pid);
-  return lane;
+  static const NeverDestroyed<CornerLane> lane(startTwoThFlag, threadTwoCalcFlag, two_pid);
+  return *lane;
 }
 
 }  // namespace framequilt

@@ -18,6 +18,7 @@
 #include <exception>
 #include <functional>
 #include <mutex>
+#include <new>
 #include <optional>
 
 #include "imaging/assistant.h"
@@ -36,12 +37,14 @@ class CornerLane final : public Lender {
   // --- The caller's side ---
 
   /// Creates the worker thread; the run flag has to be set. False when that fails.
+  /// \throws std::bad_alloc; there is no thread then.
   bool start(void* (*body)(void*));
 
   /// Clears both flags, so that the worker leaves once its current job is done.
   void dismiss();
 
-  /// Joins the thread and forgets its id. False when there is none or the join fails.
+  /// Joins the thread, which was dismissed, and forgets its id. False when there is none or the
+  /// join fails: the worker has left all the same then, and its thread goes by itself.
   bool join();
 
   /// Raises the request. Without `wakes` the worker is left asleep; it looks after a millisecond
@@ -59,6 +62,8 @@ class CornerLane final : public Lender {
 
   /// Blocks until the request is clear. False when the job failed, or when no worker is there.
   bool await(Abandoned abandoned = Abandoned::kWithdrawn);
+  /// After `await`: whether the job failed because there was no memory.
+  bool lackedMemory() const { return lackedMemory_; }
   /// For a moment without sleeping, where nobody else needs the processor: waking takes as long as
   /// a small step of a frame.
   void lookOutForEnd();
@@ -102,14 +107,18 @@ class CornerLane final : public Lender {
   /// Only std::exception is caught: leaving a thread by `pthread_exit` or cancellation unwinds with
   /// an exception of another kind, which has to pass.
   template <class Job>
-  static std::optional<bool> outcomeOf(Job& job) {
+  std::optional<bool> outcomeOf(Job& job) {
     try {
       return job();
+    } catch (const std::bad_alloc&) {
+      lackedMemory_ = true;
+      return false;
     } catch (const std::exception&) {
       return false;
     }
   }
 
+  void awaitLeaving();
   void enter();
   void leave();
   void waitForRequest(bool looksOut);
@@ -130,6 +139,7 @@ class CornerLane final : public Lender {
   int serving_ = 0;
   std::atomic<bool> claimed_{false};
   bool failed_ = false;
+  std::atomic<bool> lackedMemory_{false};
   std::atomic<const std::function<void()>*> lent_{nullptr};
   bool lentTaken_ = false;
 };

@@ -6,7 +6,6 @@
 #include <cstddef>
 #include <cstring>
 #include <mutex>
-#include <string>
 #include <vector>
 
 #include "cpu/call_record.h"
@@ -298,7 +297,7 @@ int stichingImagedJointCpu(unsigned char* src, unsigned char* dest, int frameInd
           framequilt::largerShift(flagsCpu, imgScaleRow, imgScaleCol).distance;
       blendAndRemember(dest);
       reference.forget();
-      framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(distance));
+      framequilt::report("kkkkkkkkkkkkkkkkkkkkkkk", distance);
     } else {
       if (estimated && GStitchMode != 0) rememberFrame(theSorImageInfoCpu.channels);
       if (qualifies) reference.restore();

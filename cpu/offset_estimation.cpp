@@ -4,6 +4,7 @@
 #include <algorithm>
 #include <cstddef>
 
+#include "cpu/call_record.h"
 #include "cpu/corner_lane.h"
 #include "cpu/corner_worker.h"
 #include "cpu/run_state.h"
@@ -62,6 +63,9 @@ bool findCornersOfBoth(const imgInfo& info, Provide provideNewFrame) {
   }
   const bool one = framequilt::laneOne().await();
   const bool two = framequilt::laneTwo().await();
+  if (framequilt::laneOne().lackedMemory() || framequilt::laneTwo().lackedMemory()) {
+    framequilt::noteLackOfMemoryInCall();
+  }
   return one && two;
 }
 

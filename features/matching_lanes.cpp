@@ -185,7 +185,6 @@ void matchInLanes(const DescriptorSets& sets, float* dist, float ratio,
   const std::size_t half = countB / 2;
   std::vector<SPoint> ofSecondHalf;
   ofSecondHalf.reserve(countB - half);
-  // Its own memory is all that can be wanting then.
   std::atomic<bool> failed{false};
   Assistant assistant(paysForTwo(workOf(sets)), [&] {
     try {
@@ -196,7 +195,11 @@ void matchInLanes(const DescriptorSets& sets, float* dist, float ratio,
   });
   matcher.match(0, assistant.works() ? half : countB, dist, matches);
   assistant.join();
-  if (failed) throw std::bad_alloc();
+  // There was no memory for a second one to work in.
+  if (failed) {
+    ofSecondHalf.clear();
+    matcher.match(half, countB, dist, ofSecondHalf);
+  }
   matches.insert(matches.end(), ofSecondHalf.begin(), ofSecondHalf.end());
 }
 

@@ -2,6 +2,7 @@
 #include "imaging/assistant.h"
 
 #include <atomic>
+#include <new>
 #include <system_error>
 #include <utility>
 
@@ -36,15 +37,29 @@ Assistant::Assistant(bool wanted, std::function<void()> work) : work_(std::move(
     return;
   }
   try {
-    thread_ = std::thread(std::cref(work_));
+    thread_ = std::thread([this] {
+      work_();
+      done_ = true;
+    });
   } catch (const std::system_error&) {
-    // The caller does it all.
+    // The caller does it all: there is no thread,
+  } catch (const std::bad_alloc&) {
+    // or no memory for one.
   }
 }
 
 void Assistant::join() {
-  if (thread_.joinable()) thread_.join();
+  if (thread_.joinable()) joinThread();
   if (lender_ != nullptr) std::exchange(lender_, nullptr)->awaitLent();
+}
+
+void Assistant::joinThread() {
+  try {
+    thread_.join();
+  } catch (const std::system_error&) {
+    while (!done_) std::this_thread::yield();
+    thread_.detach();
+  }
 }
 
 }  // namespace framequilt

@@ -3,6 +3,7 @@
 /// A second thread for the length of a call, for pixel work that two can do.
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <functional>
 #include <thread>
@@ -34,6 +35,7 @@ class Lender {
 void setLender(Lender* lender) noexcept;
 
 /// Runs `work`, which does not throw, beside the caller, if that is wanted and a thread can be had.
+/// Without one `works` is false, and the caller does all of it.
 class Assistant {
  public:
   Assistant(bool wanted, std::function<void()> work);
@@ -46,9 +48,12 @@ class Assistant {
   void join();
 
  private:
+  void joinThread();
+
   std::function<void()> work_;
   Lender* lender_ = nullptr;
   std::thread thread_;
+  std::atomic<bool> done_{false};  // The last that the thread touches here.
 };
 
 }  // namespace framequilt

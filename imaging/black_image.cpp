@@ -11,6 +11,7 @@
 #include "imaging/assistant.h"
 #include "imaging/cpu_level.h"
 #include "imaging/large_pages.h"
+#include "interface/never_destroyed.h"
 
 #if defined(__linux__)
 #include <sys/mman.h>
@@ -64,8 +65,8 @@ class FreshPages final : public cv::MatAllocator {
 
 /// Never destroyed: images may outlive everything else here.
 cv::MatAllocator* freshPages() {
-  static FreshPages& pages = *new FreshPages;
-  return &pages;
+  static const NeverDestroyed<FreshPages> pages;
+  return &*pages;
 }
 
 cv::MatAllocator* allocatorFor(std::size_t bytes) {

@@ -10,6 +10,7 @@
 #include <utility>
 
 #include "imaging/large_pages.h"
+#include "interface/never_destroyed.h"
 
 namespace framequilt {
 namespace {
@@ -31,8 +32,8 @@ struct Ledger {
 
 // Never destroyed: a worker of a run that nobody stopped may still allocate while the process ends.
 Ledger& ledger() {
-  static Ledger& instance = *new Ledger;
-  return instance;
+  static const NeverDestroyed<Ledger> instance;
+  return *instance;
 }
 
 void releaseKept(Allocation& allocation) noexcept {

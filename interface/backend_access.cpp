@@ -19,14 +19,15 @@ Limits limitsOfOpencl() {
 }  // namespace
 
 const BackendAccess& hostAccess() {
-  static constexpr BackendAccess access = {&forgetMeasures, &restoreReference, &motionOfCall,
-                                           &limitsOfHost, true};
+  static constexpr BackendAccess access = {&forgetMeasures,     &restoreReference, &motionOfCall,
+                                           &lackedMemoryInCall, &limitsOfHost,     true};
   return access;
 }
 
 const BackendAccess& openclAccess() {
-  static constexpr BackendAccess access = {&forgetMeasuresCL, &restoreReferenceCL, &motionOfCallCL,
-                                           &limitsOfOpencl, false};
+  static constexpr BackendAccess access = {&forgetMeasuresCL, &restoreReferenceCL,
+                                           &motionOfCallCL,   &lackedMemoryInCallCL,
+                                           &limitsOfOpencl,   false};
   return access;
 }
 

@@ -21,6 +21,7 @@ struct BackendAccess {
   void (*forgetMeasures)();
   void (*restoreReference)();
   std::optional<int> (*motionOfCall)();
+  bool (*lackedMemoryInCall)();
   Limits (*limits)();
   /// A frame that fails the overlap criterion takes the reference with it.
   bool refusalTakesReference;

@@ -5,8 +5,9 @@
 
 namespace framequilt {
 
-/// Hands a copy of `text` to `CrossPlatformOutputDebugString`, which takes text that it may write
-/// to.
+/// Hands a copy of `text`, at most 255 bytes of it, to `CrossPlatformOutputDebugString`, which
+/// takes text that it may write to. Takes no memory: a stop says things, and a call that found
+/// none.
 void debug(std::string_view text);
 
 }  // namespace framequilt

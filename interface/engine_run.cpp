@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interface/engine_run.h"
 
+#include <new>
+
 #include "framequilt/framequilt.h"
 #include "interface/session_options.h"
 
@@ -45,6 +47,8 @@ EngineCall EngineRun::call(unsigned char* reference, cv::Mat& frame,
     access_.restoreReference();
     throw;
   }
+  // The workers keep what they catch to themselves.
+  if (call.result < 0 && access_.lackedMemoryInCall()) throw std::bad_alloc();
   call.record = record_;
   call.motion = access_.motionOfCall();
   call.limits = access_.limits();

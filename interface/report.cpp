@@ -1,8 +1,13 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "interface/report.h"
 
+#include <algorithm>
+#include <array>
+#include <charconv>
 #include <cstdio>
 #include <mutex>
+
+#include "interface/never_destroyed.h"
 
 namespace framequilt {
 namespace {
@@ -20,8 +25,8 @@ struct Sinks {
 
 // Never destroyed: a worker of a run that nobody stopped may still report while the process ends.
 Sinks& sinks() {
-  static Sinks& instance = *new Sinks;
-  return instance;
+  static const NeverDestroyed<Sinks> instance;
+  return *instance;
 }
 
 void set(Sink& sink, ReportSink write, void* context) {
@@ -49,6 +54,15 @@ void emit(std::string_view text, bool endLine) {
 }  // namespace
 
 void report(std::string_view line) { emit(line, true); }
+
+void report(std::string_view text, std::int64_t number) {
+  std::array<char, 96> line{};
+  constexpr std::size_t kDigits = 20;
+  char* const digits =
+      std::copy_n(text.data(), std::min(text.size(), line.size() - kDigits), line.data());
+  const char* const end = std::to_chars(digits, line.data() + line.size(), number).ptr;
+  report(std::string_view(line.data(), static_cast<std::size_t>(end - line.data())));
+}
 
 void reportUnended(std::string_view text) { emit(text, false); }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: Apache-2.0
 #pragma once
 
+#include <cstdint>
 #include <string_view>
 
 #include "framequilt/report_sink.h"
@@ -11,8 +12,12 @@ namespace framequilt {
 /// different threads never mix.
 void report(std::string_view line);
 
-/// The same for the texts that have no line end on standard output: whatever follows them there
-/// stands on the same line. A sink receives them as it does lines.
+/// A line that ends with a number. Takes no memory: what a frame says of itself when it lies in the
+/// mosaic may not fail any more. Of a text beyond 76 bytes the rest is left out.
+void report(std::string_view text, std::int64_t number);
+
+/// The same as `report(line)` for the texts that have no line end on standard output: whatever
+/// follows them there stands on the same line. A sink receives them as it does lines.
 void reportUnended(std::string_view text);
 
 /// While it lives, `sink` receives the lines in place of the process's own sink. One at a time.

@@ -6,10 +6,12 @@
 #include <new>
 #include <opencv2/core.hpp>
 #include <string>
+#include <utility>
 
 #include "interface/engine_run.h"
 #include "interface/frame_copy.h"
 #include "interface/judgement.h"
+#include "interface/never_destroyed.h"
 #include "interface/published_mosaic.h"
 #include "interface/report.h"
 #include "interface/session_options.h"
@@ -43,21 +45,43 @@ class OneAtATime {
   }
 };
 
-/// Runs `action`; what the engine throws leaves as an `Error` that ends with what can be done.
-template <class Action>
-auto withClearErrors(const std::string& remedy, Action action) {
-  const std::string noMemory = "out of memory: " + remedy;
-  try {
-    return action();
-  } catch (const std::bad_alloc&) {
-    throw Error(ErrorCode::kOutOfMemory, noMemory);
-  } catch (const cv::Exception& failure) {
-    if (failure.code == cv::Error::StsNoMem) throw Error(ErrorCode::kOutOfMemory, noMemory);
-    throw Error(ErrorCode::kEngineFailed, "stitching failed (" + failure.err + "): " + remedy);
-  }
+/// What can be done when a call fails, and the errors for lack of memory. Those are made before
+/// they are needed: a copy takes no memory.
+struct Remedy {
+  explicit Remedy(std::string words)
+      : text(std::move(words)), noMemory(ErrorCode::kOutOfMemory, "out of memory: " + text) {}
+
+  const std::string text;
+  const Error noMemory;
+};
+
+const Remedy& whenNotStarted() {
+  static const NeverDestroyed<Remedy> remedy("use scale 2 or smaller frames");
+  return *remedy;
 }
 
-const char* const kMosaicStays = "the mosaic so far stays; use scale 2 or begin another mosaic";
+const Remedy& whenStarted() {
+  static const NeverDestroyed<Remedy> remedy(
+      "the mosaic so far stays; use scale 2 or begin another mosaic");
+  return *remedy;
+}
+
+/// Runs `action`; what the engine and the standard library throw leaves as an `Error` that ends
+/// with what can be done.
+template <class Action>
+auto withClearErrors(const Remedy& (*remedy)(), Action action) {
+  try {
+    try {
+      return action();
+    } catch (const cv::Exception& failure) {
+      if (failure.code == cv::Error::StsNoMem) throw Error(remedy().noMemory);
+      throw Error(ErrorCode::kEngineFailed,
+                  "stitching failed (" + failure.err + "): " + remedy().text);
+    }
+  } catch (const std::bad_alloc&) {
+    throw Error(remedy().noMemory);
+  }
+}
 
 std::string sizeText(int rows, int cols) {
   return std::to_string(cols) + " x " + std::to_string(rows) + " pixels";
@@ -71,8 +95,7 @@ class Session::Impl {
       : options_(checked(options)),
         one_(std::make_unique<OneAtATime>()),
         reports_(std::make_unique<SessionReports>(options_.reportSink, options_.reportContext)),
-        run_(withClearErrors("use scale 2 or smaller frames",
-                             [&] { return std::make_unique<EngineRun>(options_); })),
+        run_(std::make_unique<EngineRun>(options_)),
         backend_(run_->backend()) {}
 
   FrameResult add(const FrameView& frame, std::optional<cv::Point> hint);
@@ -203,12 +226,11 @@ FrameResult Session::Impl::decide(const FrameView& frame, std::optional<cv::Poin
   result.verdict = Verdict::kCancelled;
   if (!goesOn(Stage::kCopying)) return result;
   if (full_) return refusedAsFull();
-  cv::Mat copy = withClearErrors(kMosaicStays, [&] { return frameCopy(frame, options_.channels); });
+  cv::Mat copy = frameCopy(frame, options_.channels);
   if (first_.empty() && !keepsReference_) return waiting(std::move(copy));
   if (!goesOn(Stage::kStitching)) return result;
 
-  const EngineCall call =
-      withClearErrors(kMosaicStays, [&] { return search(copy, usable(movementWith(hint))); });
+  const EngineCall call = search(copy, usable(movementWith(hint)));
   // The engine also says it of a mosaic in which a first frame lies alone, but a blend makes it so.
   full_ = call.result == 1 && call.blended;
   const Judgement judgement = judge(call, options_);
@@ -294,7 +316,7 @@ void Session::Impl::replaceFirst(const FrameView& frame, FrameResult& result) {
   if (anyJoined_ || result.reason == Refusal::kMovedTooLittle) return;
   if (++failures_ < kMostFailures) return;
   // Copied again: the overlap criterion has overwritten the copy that was stitched.
-  first_ = withClearErrors(kMosaicStays, [&] { return frameCopy(frame, options_.channels); });
+  first_ = frameCopy(frame, options_.channels);
   firstFrame_ = frames_;
   keepsReference_ = false;
   failures_ = 0;
@@ -318,25 +340,30 @@ std::optional<cv::Point> Session::Impl::usable(std::optional<Movement> movement)
 
 std::string explain(const FrameResult& result) { return explain(result.reason, result.judged); }
 
-Session::Session(const SessionOptions& options) : impl_(std::make_unique<Impl>(options)) {}
+Session::Session(const SessionOptions& options)
+    : impl_(withClearErrors(&whenNotStarted, [&] {
+        whenStarted();
+        return std::make_unique<Impl>(options);
+      })) {}
 Session::~Session() = default;
 
 FrameResult Session::add(const FrameView& frame, std::optional<cv::Point> hint) {
-  return impl_->add(frame, hint);
+  return withClearErrors(&whenStarted, [&] { return impl_->add(frame, hint); });
 }
 FrameResult Session::add(const cv::Mat& frame, std::optional<cv::Point> hint) {
-  return impl_->add(viewOf(frame), hint);
+  return withClearErrors(&whenStarted, [&] { return impl_->add(viewOf(frame), hint); });
 }
 
 cv::Mat Session::mosaic() const { return impl_->mosaic().view(); }
 cv::Rect Session::steadyBox() const { return impl_->mosaic().steadyBox(); }
 cv::Mat Session::copyRegion(const cv::Rect& region) const {
-  if (region.width < 0 || region.height < 0) {
-    throw Error(ErrorCode::kInvalidOption,
-                "the region has a negative size: give its top-left corner, width and height");
-  }
-  return withClearErrors(kMosaicStays,
-                         [&] { return impl_->mosaic().copy(region, impl_->mosaicType()); });
+  return withClearErrors(&whenStarted, [&] {
+    if (region.width < 0 || region.height < 0) {
+      throw Error(ErrorCode::kInvalidOption,
+                  "the region has a negative size: give its top-left corner, width and height");
+    }
+    return impl_->mosaic().copy(region, impl_->mosaicType());
+  });
 }
 
 void Session::stop() noexcept { impl_->stop(); }

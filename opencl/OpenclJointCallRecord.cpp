@@ -9,6 +9,7 @@ namespace framequilt {
 namespace {
 
 std::optional<int> measuredMotion;
+bool lackedMemory = false;
 
 }  // namespace
 
@@ -17,6 +18,7 @@ void forgetMeasuresCL() {
   flagsCL = {};
   flagsCL.position = position;
   measuredMotion.reset();
+  lackedMemory = false;
 }
 
 void restoreReferenceCL() {
@@ -35,5 +37,9 @@ void restoreReferenceCL() {
 std::optional<int> motionOfCallCL() { return measuredMotion; }
 
 void setMotionOfCallCL(int motion) { measuredMotion = motion; }
+
+bool lackedMemoryInCallCL() { return lackedMemory; }
+
+void noteLackOfMemoryInCallCL() { lackedMemory = true; }
 
 }  // namespace framequilt

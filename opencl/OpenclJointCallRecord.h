@@ -21,4 +21,9 @@ std::optional<int> motionOfCallCL();
 /// For the motion criterion, which measures it.
 void setMotionOfCallCL(int motion);
 
+/// Whether a thread had no memory for its part of the last call since `forgetMeasuresCL`.
+bool lackedMemoryInCallCL();
+/// For the offset estimation, which waits for the threads.
+void noteLackOfMemoryInCallCL();
+
 }  // namespace framequilt

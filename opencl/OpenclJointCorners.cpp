@@ -17,6 +17,7 @@
 #include "imaging/pixel_math.h"
 #include "imaging/run_buffer.h"
 #include "interface/debug.h"
+#include "interface/never_destroyed.h"
 #include "interface/report.h"
 #include "opencl/OpenclJointKernels.h"
 #include "opencl/OpenclJointObjects.h"
@@ -345,13 +346,13 @@ void* findHarrisCornerCoordianteThreadClTwo(void* /*unused*/) {
 namespace framequilt {
 
 CornerLane& openclLaneOne() {
-  static CornerLane& lane = *new CornerLane(startOneThFlagCL, threadOneCalcFlagCL, one_pidCL);
-  return lane;
+  static const NeverDestroyed<CornerLane> lane(startOneThFlagCL, threadOneCalcFlagCL, one_pidCL);
+  return *lane;
 }
 
 CornerLane& openclLaneTwo() {
-  static CornerLane& lane = *new CornerLane(startTwoThFlagCL, threadTwoCalcFlagCL, two_pidCL);
-  return lane;
+  static const NeverDestroyed<CornerLane> lane(startTwoThFlagCL, threadTwoCalcFlagCL, two_pidCL);
+  return *lane;
 }
 
 }  // namespace framequilt

@@ -5,7 +5,6 @@
 #include <cstddef>
 #include <cstring>
 #include <mutex>
-#include <string>
 
 #include "cpu/mosaic_blend.h"
 #include "cpu/placement_rules.h"
@@ -60,7 +59,7 @@ bool preJudgeNewFrame(unsigned char* dest, imgInfo info) {
                                               : "failed pretJudgeCh1Kernel");
     return false;
   }
-  report("pretJudgeCh1Kernel::::::::::::::" + std::to_string(errNum));
+  report("pretJudgeCh1Kernel::::::::::::::", errNum);
 
   Mapping mapped(frame.bytes().memory, bytes, CL_MAP_READ, Mapping::Wait::kForAll);
   thedestImageHostMap = mapped.bytes();
@@ -178,14 +177,16 @@ bool blendOrKeepReference(unsigned char* dest) {
       framequilt::holdsFrame(mosaicImgCL, flagsCL.position, imgScaleRowCL, imgScaleColCL,
                              channels)) {
     const std::lock_guard lock(framequilt::mosaicMutex());
-    if (!stitchingImageImageblendCL(mosaicImgCL, dest, thedestImageInfoCL, flagsCL, outbordLeftCL,
-                                    outbordRightCL, {}, outbordLeftCL, outbordRightCL,
-                                    flagsCL.position, theSorImageInfoCL, mosaicImgCL,
-                                    theSorImageTempCL)) {
-      framequilt::restoreReferenceCL();
-      return false;
-    }
-    report("kkkkkkkkkkkkkkkkkkkkkkk" + std::to_string(shift.distance));
+    bool blended = false;
+    const framequilt::AtScopeEnd putBack([&] {
+      if (!blended) framequilt::restoreReferenceCL();
+    });
+    blended = stitchingImageImageblendCL(mosaicImgCL, dest, thedestImageInfoCL, flagsCL,
+                                         outbordLeftCL, outbordRightCL, {}, outbordLeftCL,
+                                         outbordRightCL, flagsCL.position, theSorImageInfoCL,
+                                         mosaicImgCL, theSorImageTempCL);
+    if (!blended) return false;
+    report("kkkkkkkkkkkkkkkkkkkkkkk", shift.distance);
   } else if (theSorImageTempCL != theSorImageHostMap) {
     std::memcpy(theSorImageTempCL, theSorImageHostMap, workingBytes(channels));
   }

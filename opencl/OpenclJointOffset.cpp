@@ -9,6 +9,7 @@
 #include "imaging/pixel_math.h"
 #include "imaging/run_buffer.h"
 #include "interface/report.h"
+#include "opencl/OpenclJointCallRecord.h"
 #include "opencl/OpenclJointCorners.h"
 #include "opencl/OpenclJointState.h"
 
@@ -45,6 +46,7 @@ bool findCornersOfBoth() {
   two.request();
   const bool oneDone = one.await(CornerLane::Abandoned::kLeftRaised);
   const bool twoDone = two.await(CornerLane::Abandoned::kLeftRaised);
+  if (one.lackedMemory() || two.lackedMemory()) framequilt::noteLackOfMemoryInCallCL();
   return oneDone && twoDone;
 }
 

@@ -9,6 +9,7 @@
 #include "imaging/overlap.h"
 #include "imaging/pixel_math.h"
 #include "imaging/run_buffer.h"
+#include "interface/never_destroyed.h"
 #include "interface/report.h"
 #include "opencl/OpenclJointKernels.h"
 
@@ -40,8 +41,8 @@ struct GrayParts {
   Mapping one, two;
 };
 GrayParts& grayParts() {
-  static GrayParts& parts = *new GrayParts;
-  return parts;
+  static const framequilt::NeverDestroyed<GrayParts> parts;
+  return *parts;
 }
 
 /// One side of the overlap and the device planes that it is smoothed in.

@@ -59,18 +59,20 @@ FRAMEQUILT_EXPORT bool initJoint(int rows, int cols, int channels, int cornerBud
 ///                    keep a state.
 /// \param outFlags    Receives the record of the run; fields that this frame did not reach keep
 ///                    the values of earlier frames.
-/// \return -1 when no offset could be estimated, else 1 when the mosaic has reached the maxRow *
-///         maxCol of `initJoint`, else 0. Also 0 or 1 for a frame that was understood but not
-///         blended: `outFlags.position` tells, it changes with every blend. The outputs are
-///         filled in every case.
-/// \throws std::bad_alloc, cv::Exception when memory runs out; the run can still be stopped.
+/// \return -1 when no offset could be estimated or a worker ran out of memory, else 1 when the
+///         mosaic has reached the maxRow * maxCol of `initJoint`, else 0. Also 0 or 1 for a frame
+///         that was understood but not blended: `outFlags.position` tells, it changes with every
+///         blend. The outputs are filled in every case.
+/// \throws std::bad_alloc, cv::Exception when memory runs out; the frame is not in the mosaic then,
+///         and the run can still be stopped.
 FRAMEQUILT_EXPORT int stichingImagedJoint(unsigned char* src, unsigned char* dest, int frameIndex,
                                           int frameScale, int motorDx, int motorDy, bool motorFlag,
                                           SPoint& outLeft, SPoint& outRight, cv::Mat& outMosaic,
                                           stitchflags& outFlags);
 
 /// Closes the run: ends the worker threads and releases every buffer and the mosaic (a matrix
-/// that the caller received stays valid). Harmless without a run. \return Always true.
+/// that the caller received stays valid). Takes no memory. Harmless without a run.
+/// \return Always true.
 FRAMEQUILT_EXPORT bool uinitJoint();
 
 }  // extern "C"

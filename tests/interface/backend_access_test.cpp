@@ -43,13 +43,18 @@ TEST(BackendAccess, MeasuresAreForgottenInTheRecordOfTheBackend) {
     own.matchNum = other.matchNum = 5;
     framequilt::setMotionOfCall(6);
     framequilt::setMotionOfCallCL(6);
+    framequilt::noteLackOfMemoryInCall();
+    framequilt::noteLackOfMemoryInCallCL();
     EXPECT_EQ(access.motionOfCall(), 6);
+    EXPECT_TRUE(access.lackedMemoryInCall());
     access.forgetMeasures();
+    EXPECT_FALSE(access.lackedMemoryInCall());
     EXPECT_EQ(access.motionOfCall(), std::nullopt);
     EXPECT_EQ(own.matchNum, 0);
     EXPECT_EQ(other.matchNum, 5);
   };
   forgetsItsOwn(hostAccess(), flagsCpu, flagsCL);
+  EXPECT_TRUE(openclAccess().lackedMemoryInCall()) << "the other's is its own";
   forgetsItsOwn(openclAccess(), flagsCL, flagsCpu);
   flagsCpu = flagsCL = {};
 }
