@@ -84,12 +84,14 @@ class EntryPointsStorm : public testing::Test {
                                            frame.bytes.data(), later ? 1 : 0, 1, 0, 0, false,
                                            topLeft, bottomRight, mosaic, record);
     last_ = record.position;
-    if (!opened_ || (later && !started_)) {
+    if (!opened_) {
       EXPECT_EQ(result, -1);
       return false;
     }
-    if (!later) started_ = true;
     EXPECT_TRUE(result == -1 || result == 0) << result;
+    // A first frame is missing: one of the run before, where that was not stopped, may serve.
+    if (later && !started_) return false;
+    if (!later) started_ = true;
     EXPECT_EQ(mosaic.type(), channels == 1 ? CV_8UC1 : CV_8UC3);
     EXPECT_GE(bottomRight.x - topLeft.x, kCols);
     EXPECT_GE(bottomRight.y - topLeft.y, kRows);
