@@ -5,8 +5,11 @@
 #include <time.h>
 
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <opencv2/core/ocl.hpp>
+#include <stdexcept>
 
 namespace framequilt::bench {
 namespace {
@@ -42,6 +45,11 @@ bool resetPeak() {
   return file.good();
 }
 
+int entriesOf(const char* folder) {
+  const std::filesystem::directory_iterator all(folder);
+  return static_cast<int>(std::distance(begin(all), end(all)));
+}
+
 }  // namespace
 
 Spent Stopwatch::now() {
@@ -62,6 +70,13 @@ std::optional<std::int64_t> PeakMemory::bytes() const {
   const std::optional<std::int64_t> peak = statusBytes("VmHWM");
   if (!peak || !atStart_) return std::nullopt;
   return *peak - *atStart_;
+}
+
+Holdings holdings() {
+  const std::optional<std::int64_t> resident = statusBytes("VmRSS");
+  if (!resident) throw std::runtime_error("/proc does not tell the resident memory");
+  // One descriptor is that of the folder itself.
+  return {*resident, entriesOf("/proc/self/task"), entriesOf("/proc/self/fd") - 1};
 }
 
 void useHostAlone() {

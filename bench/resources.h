@@ -35,10 +35,20 @@ class PeakMemory {
   std::optional<std::int64_t> atStart_;
 };
 
-/// The processor's name, as the system gives it.
+/// What the process holds right now.
+struct Holdings {
+  std::int64_t residentBytes = 0;
+  int threads = 0;
+  int files = 0;  ///< Open file descriptors.
+};
+
+/// \throws std::runtime_error where the system does not tell.
+Holdings holdings();
+
 /// Everything runs on the processor, on every machine. Before the first call of OpenCL.
 void useHostAlone();
 
+/// The processor's name, as the system gives it.
 std::string processorName();
 
 }  // namespace framequilt::bench
