@@ -88,6 +88,12 @@ void print(const json& line) {
   std::fflush(stdout);
 }
 
+/// The records of the layer that may lie in front of OpenCL would grow with each call.
+void forgetRecords() {
+  framequilt::opencl_layer::resetRecords();
+  framequilt::opencl_layer::forgetReleased();
+}
+
 /// Loses something on purpose, to show that it is noticed. The threads end with it.
 class Leak {
  public:
@@ -293,7 +299,7 @@ bool soakFrames(const Wishes& wishes, Leak& leak) {
       if (error.code() != framequilt::ErrorCode::kInvalidFrame) throw;
     }
     times.add(stopwatch.spent());
-    framequilt::opencl_layer::resetRecords();
+    forgetRecords();
     outcomes.add(offering, result);
     if (result && (result->verdict == Verdict::kJoined || result->verdict == Verdict::kWaiting)) {
       camera.joined(offering);
@@ -377,7 +383,7 @@ bool soakCycles(const Wishes& wishes, Leak& leak) {
     const Stopwatch stopwatch;
     cycle(wishes, frames, i);
     times.add(stopwatch.spent());
-    framequilt::opencl_layer::resetRecords();
+    forgetRecords();
     leak.drip();
     watch.done(i, 0, [&](json& line) { times.describe(line); });
   }
