@@ -5,7 +5,8 @@
 /// or when a frame came out otherwise than it was meant to.
 ///
 ///     soak [--backend host|opencl] [--criterion motion|overlap] [--size WIDTHxHEIGHT] [--frames N]
-///          [--cycles N] [--samples N] [--seed S] [--leak memory|threads|files]
+///          [--cycles N] [--samples N] [--seed S] [--allowed-mib N]
+///          [--leak memory|threads|files]
 ///
 /// First one session with all frames over a bounded scene, then sessions that are opened and
 /// stopped. With opencl the device is that of the environment, see scripts/soak.
@@ -58,6 +59,7 @@ struct Wishes {
   int cycles = 100;
   int samples = 100;
   std::uint32_t seed = 1;
+  int allowedMebibytes = 2;
   std::string leak;
 
   cv::Size frame() const {
@@ -84,6 +86,12 @@ struct Wishes {
 void print(const json& line) {
   std::puts(line.dump().c_str());
   std::fflush(stdout);
+}
+
+/// The records of the layer that may lie in front of OpenCL would grow with each call.
+void forgetRecords() {
+  framequilt::opencl_layer::resetRecords();
+  framequilt::opencl_layer::forgetReleased();
 }
 
 /// Loses something on purpose, to show that it is noticed. The threads end with it.
@@ -126,8 +134,11 @@ class Leak {
 /// What the work of one kind came to: samples, and what is wrong with them.
 class Watch {
  public:
-  Watch(std::string kind, int total, int samples)
-      : kind_(std::move(kind)), total_(total), every_(std::max(1, total / samples)) {}
+  Watch(std::string kind, int total, const Wishes& wishes)
+      : kind_(std::move(kind)),
+        total_(total),
+        every_(std::max(1, total / wishes.samples)),
+        allowedBytes_(std::int64_t{wishes.allowedMebibytes} * 1024 * 1024) {}
 
   /// \param more  What else belongs into the line of a sample.
   template <class More>
@@ -145,9 +156,10 @@ class Watch {
     print(line);
   }
 
-  /// \return Whether everything stayed flat; says so in a line of JSON, and on standard error if not.
+  /// \return Whether everything stayed flat; says so in a line of JSON, and on standard error if
+  /// not.
   bool judge() const {
-    const std::vector<std::string> grown = whatGrew(samples_);
+    const std::vector<std::string> grown = whatGrew(samples_, allowedBytes_);
     for (const std::string& what : grown) {
       std::fprintf(stderr, "soak: %s grew: %s\n", kind_.c_str(), what.c_str());
     }
@@ -172,6 +184,7 @@ class Watch {
   std::string kind_;
   std::int64_t total_;
   std::int64_t every_;
+  std::int64_t allowedBytes_;
   std::vector<Sample> samples_;
 };
 
@@ -272,7 +285,7 @@ bool soakFrames(const Wishes& wishes, Leak& leak) {
   };
   Session session(options);
   SoakCamera camera(options, wishes.seed, /*withRefusals=*/true);
-  Watch watch("frames", wishes.frames, wishes.samples);
+  Watch watch("frames", wishes.frames, wishes);
   Outcomes outcomes(options.criterion);
   Times times;
   for (int i = 1; i <= wishes.frames; ++i) {
@@ -286,7 +299,7 @@ bool soakFrames(const Wishes& wishes, Leak& leak) {
       if (error.code() != framequilt::ErrorCode::kInvalidFrame) throw;
     }
     times.add(stopwatch.spent());
-    framequilt::opencl_layer::resetRecords();
+    forgetRecords();
     outcomes.add(offering, result);
     if (result && (result->verdict == Verdict::kJoined || result->verdict == Verdict::kWaiting)) {
       camera.joined(offering);
@@ -343,8 +356,9 @@ void cycle(const Wishes& wishes, const std::vector<cv::Mat>& frames, int index) 
   };
   Session session(options);
   if (ending == Ending::kNoFrame) {
-    requireError(framequilt::ErrorCode::kSessionOpen, [&] { const Session second(options); },
-                 "two sessions at once");
+    requireError(
+        framequilt::ErrorCode::kSessionOpen, [&] { const Session second(options); },
+        "two sessions at once");
     session.stop();
     return;
   }
@@ -357,19 +371,19 @@ void cycle(const Wishes& wishes, const std::vector<cv::Mat>& frames, int index) 
           "the third frame");
   if (ending == Ending::kDestroyed) return;
   if (ending != Ending::kFromCallback) session.stop();
-  requireError(framequilt::ErrorCode::kStopped, [&] { session.add(frames[0]); },
-               "a frame after the stop");
+  requireError(
+      framequilt::ErrorCode::kStopped, [&] { session.add(frames[0]); }, "a frame after the stop");
 }
 
 bool soakCycles(const Wishes& wishes, Leak& leak) {
-  Watch watch("cycles", wishes.cycles, wishes.samples);
+  Watch watch("cycles", wishes.cycles, wishes);
   const std::vector<cv::Mat> frames = joiningFrames(wishes, 3);
   Times times;
   for (int i = 1; i <= wishes.cycles; ++i) {
     const Stopwatch stopwatch;
     cycle(wishes, frames, i);
     times.add(stopwatch.spent());
-    framequilt::opencl_layer::resetRecords();
+    forgetRecords();
     leak.drip();
     watch.done(i, 0, [&](json& line) { times.describe(line); });
   }
@@ -396,6 +410,10 @@ int runProgram(int argc, char** argv) {
       ->check(CLI::Range(4, 100'000))
       ->capture_default_str();
   app.add_option("--seed", wishes.seed, "Of scene and path")->capture_default_str();
+  app.add_option("--allowed-mib", wishes.allowedMebibytes,
+                 "By which the resident memory beside the mosaic may grow")
+      ->check(CLI::Range(0, 1024))
+      ->capture_default_str();
   app.add_option("--leak", wishes.leak, "What to lose with each frame or cycle, to see it noticed")
       ->check(CLI::IsMember({"memory", "threads", "files"}));
   CLI11_PARSE(app, argc, argv);

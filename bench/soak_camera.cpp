@@ -24,7 +24,7 @@ constexpr int kLongestFar = 46;
 constexpr int kStandingStill = 4;
 constexpr float kLeastOverlap = 0.6F;
 
-constexpr int kChangeLimit = 60;  // Gray levels; steps change about 20, darkness about 150.
+constexpr int kChangeLimit = 60;      // Gray levels; steps change about 20, darkness about 150.
 constexpr float kSharpnessLimit = 8;  // Levels; steps differ by less than 6.
 constexpr double kContrast = 0.5;
 constexpr double kLightness = 140;
@@ -63,10 +63,10 @@ void coverAllBut(const cv::Size& part, cv::Mat& frame) {
 }  // namespace
 
 const std::vector<Offer>& allOffers() {
-  static const std::vector<Offer> all = {
-      Offer::kStep,  Offer::kStanding, Offer::kFar,    Offer::kScrap, Offer::kUnrelated,
-      Offer::kBlank, Offer::kDark,     Offer::kBright, Offer::kDull,  Offer::kCancelled,
-      Offer::kOtherSize};
+  static const std::vector<Offer> all = {Offer::kStep,      Offer::kStanding,  Offer::kFar,
+                                         Offer::kScrap,     Offer::kUnrelated, Offer::kBlank,
+                                         Offer::kDark,      Offer::kBright,    Offer::kDull,
+                                         Offer::kCancelled, Offer::kOtherSize};
   return all;
 }
 

@@ -50,13 +50,13 @@ std::vector<Sample> afterWarmUp(const std::vector<Sample>& samples) {
   return rest;
 }
 
-std::vector<std::string> whatGrew(const std::vector<Sample>& samples) {
+std::vector<std::string> whatGrew(const std::vector<Sample>& samples, std::int64_t allowedBytes) {
   std::vector<std::string> grown;
   const std::vector<Sample> rest = afterWarmUp(samples);
   const double bytes = fittedGrowth(rest);
-  if (bytes > static_cast<double>(kAllowedBytes)) {
-    grown.push_back("resident memory by " + std::to_string(static_cast<std::int64_t>(bytes) / 1024) +
-                    " KiB");
+  if (bytes > static_cast<double>(allowedBytes)) {
+    grown.push_back("resident memory by " +
+                    std::to_string(static_cast<std::int64_t>(bytes) / 1024) + " KiB");
   }
   addIfCountsDiffer(rest, &Holdings::threads, "threads", grown);
   addIfCountsDiffer(rest, &Holdings::files, "file descriptors", grown);

@@ -18,9 +18,6 @@ struct Sample {
   std::int64_t mosaicBytes = 0;  ///< Of the open session.
 };
 
-/// Resident memory that may come on top of what the mosaic took.
-constexpr std::int64_t kAllowedBytes = 2 * 1024 * 1024;
-
 /// By how much the resident memory beside the mosaic grew over the samples, on the straight line
 /// that fits them best.
 double fittedGrowth(const std::vector<Sample>& samples);
@@ -29,6 +26,7 @@ double fittedGrowth(const std::vector<Sample>& samples);
 std::vector<Sample> afterWarmUp(const std::vector<Sample>& samples);
 
 /// A line for each thing that grew after the first quarter; none where all is flat.
-std::vector<std::string> whatGrew(const std::vector<Sample>& samples);
+/// \param allowedBytes  By which the resident memory beside the mosaic may grow.
+std::vector<std::string> whatGrew(const std::vector<Sample>& samples, std::int64_t allowedBytes);
 
 }  // namespace framequilt::bench

@@ -55,6 +55,20 @@ TEST_F(LayerBooks, EventsAreOnTheBooks) {
   EXPECT_EQ(layer::violations().size(), 1u);
 }
 
+TEST_F(LayerBooks, ReleasedObjectsCanBeForgotten) {
+  const cl_mem bytes = buffer(16);
+  const cl_mem kept = buffer(32);
+  ASSERT_EQ(setAddOne(kept, 32), CL_SUCCESS);
+  EXPECT_EQ(clReleaseMemObject(bytes), CL_SUCCESS);
+  layer::forgetReleased();
+  EXPECT_EQ(clReleaseMemObject(bytes), CL_INVALID_MEM_OBJECT);
+  EXPECT_EQ(layer::violations(), Sentences{"clReleaseMemObject: unknown buffer"});
+  // What lives is still known, and so are its arguments.
+  EXPECT_EQ(launch(addOne_, 32), CL_SUCCESS);
+  EXPECT_EQ(clReleaseMemObject(kept), CL_SUCCESS);
+  EXPECT_EQ(layer::violations().size(), 1u);
+}
+
 TEST_F(LayerBooks, SecondReleaseIsRefused) {
   const cl_mem bytes = buffer(16);
   EXPECT_EQ(clReleaseMemObject(bytes), CL_SUCCESS);

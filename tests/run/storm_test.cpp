@@ -80,9 +80,9 @@ class EntryPointsStorm : public testing::Test {
     cv::Mat mosaic;
     stitchflags record{};
     const SPoint before = last_;
-    const int result = stichingImagedJoint(later ? nullptr : reference.bytes.data(),
-                                           frame.bytes.data(), later ? 1 : 0, 1, 0, 0, false,
-                                           topLeft, bottomRight, mosaic, record);
+    const int result =
+        stichingImagedJoint(later ? nullptr : reference.bytes.data(), frame.bytes.data(),
+                            later ? 1 : 0, 1, 0, 0, false, topLeft, bottomRight, mosaic, record);
     last_ = record.position;
     if (!opened_) {
       EXPECT_EQ(result, -1);

@@ -194,5 +194,8 @@ FRAMEQUILT_OPENCL_LAYER_API int threadNumber();
 
 /// Forgets the log of calls, violations and the trace; what lives is still known.
 FRAMEQUILT_OPENCL_LAYER_API void resetRecords();
+/// Forgets released objects, so that the books of a long run stay small. Whoever uses one
+/// afterwards uses an unknown one.
+FRAMEQUILT_OPENCL_LAYER_API void forgetReleased();
 
 }  // namespace framequilt::opencl_layer

@@ -63,9 +63,21 @@ bool makeFolders(const fs::path& folder, cv::Size size, const DeepZoom& pyramid)
   return !failure;
 }
 
+/// Whether libvips left a file under the name it has until it is whole.
+bool hasUnfinished(const fs::path& folder) {
+  std::error_code failure;
+  for (fs::recursive_directory_iterator entry(folder, failure);
+       !failure && entry != fs::recursive_directory_iterator(); entry.increment(failure)) {
+    if (entry->path().filename().native().front() == '.') return true;
+  }
+  return static_cast<bool>(failure);
+}
+
 /// libvips does not notice when a disk is full.
 bool isWhole(const fs::path& folder, cv::Size size, const DeepZoom& pyramid) {
-  if (!endsWith(folder / (pyramid.name + ".dzi"), "</Image>\n")) return false;
+  if (!endsWith(folder / (pyramid.name + ".dzi"), "</Image>\n") || hasUnfinished(folder)) {
+    return false;
+  }
   for (int level = lastLevel(size); level >= 0; --level) {
     if (!isWholeLevel(levelFolder(folder, pyramid, level), size, pyramid)) return false;
     size = {(size.width + 1) / 2, (size.height + 1) / 2};

@@ -110,7 +110,12 @@ void StitchOutputs::publishPyramid(const cv::Mat& mosaic, const std::string& rep
   const fs::path place = pyramid_->place();
   writeDeepZoom(mosaic, layout, place, pyramid_->target());
   const std::string page = reportPage(title_, tilesOf(layout, mosaic.size()), report);
-  OutputFile(place / kPage).publish(page.data(), page.size());
+  try {
+    OutputFile(place / kPage).publish(page.data(), page.size());
+  } catch (const ToolError&) {  // It names a place that nobody knows.
+    throw ToolError("the page of " + inQuotes(pyramid_->target()) +
+                    " could not be written: free some space or choose another folder");
+  }
   pyramid_->publish();
 }
 void StitchOutputs::publishReportPage(const cv::Mat& mosaic, const std::string& report) {

@@ -2,6 +2,7 @@
 #include "tests/support/opencl_layer/kernel_arguments.h"
 
 #include <cstring>
+#include <iterator>
 #include <map>
 #include <mutex>
 #include <set>
@@ -119,6 +120,14 @@ void rememberKernel(cl_kernel kernel) {
 std::string functionOf(cl_kernel kernel) {
   const std::lock_guard lock(kernels().mutex);
   return kernels().all[kernel].function;
+}
+
+void forgetGoneKernels() {
+  const std::lock_guard lock(kernels().mutex);
+  auto& all = kernels().all;
+  for (auto one = all.begin(); one != all.end();) {
+    one = numberOf(one->first) == 0 ? all.erase(one) : std::next(one);
+  }
 }
 
 std::vector<unsigned char> argumentBytes(std::size_t bytes, const void* value) {

@@ -14,6 +14,8 @@ namespace framequilt::opencl_layer {
 /// After the runtime made it; asks the runtime for its function and parameters.
 void rememberKernel(cl_kernel kernel);
 std::string functionOf(cl_kernel kernel);
+/// After the ledger forgot them.
+void forgetGoneKernels();
 
 /// The bytes of an argument; none for local memory and for null.
 std::vector<unsigned char> argumentBytes(std::size_t bytes, const void* value);

@@ -132,6 +132,11 @@ bool noteUnmapped(const char* entryPoint, cl_mem buffer, const void* pointer, Ma
   return true;
 }
 
+void forgetGoneObjects() {
+  const std::lock_guard lock(books().mutex);
+  books().gone.clear();
+}
+
 int numberOf(const void* handle) {
   const std::lock_guard lock(books().mutex);
   for (const auto* const objects : {&books().alive, &books().gone}) {

@@ -31,6 +31,9 @@ void noteMapped(cl_mem buffer, const Mapping& mapping);
 /// False: `pointer` is not mapped. Else the mapping is gone, and copied to `found`.
 bool noteUnmapped(const char* entryPoint, cl_mem buffer, const void* pointer, Mapping* found);
 
+/// They are unknown from now on.
+void forgetGoneObjects();
+
 /// Of the object that has or had this handle last; 0: none. Addresses are given out again, numbers
 /// are not.
 int numberOf(const void* handle);

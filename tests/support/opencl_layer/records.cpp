@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "tests/support/opencl_layer/faults.h"
+#include "tests/support/opencl_layer/kernel_arguments.h"
 #include "tests/support/opencl_layer/ledger.h"
 
 namespace framequilt::opencl_layer {
@@ -62,6 +63,11 @@ std::vector<std::string> violations() {
 void resetRecords() {
   forgetTraceAndViolations();
   forgetCalls();
+}
+
+void forgetReleased() {
+  forgetGoneObjects();
+  forgetGoneKernels();
 }
 
 }  // namespace framequilt::opencl_layer
