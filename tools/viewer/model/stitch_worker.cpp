@@ -214,6 +214,7 @@ void StitchWorker::endCapture(const std::string& failure) {
 }
 
 void StitchWorker::saveResults(tool::StitchOptions options) {
+  std::string failures;  // Of the files before the last that failed.
   try {
     if (!capture_ || capture_->session->mosaic().empty()) throw tool::ToolError(kNothingToSave);
     const Capture& capture = *capture_;
@@ -227,7 +228,7 @@ void StitchWorker::saveResults(tool::StitchOptions options) {
     tool::publishResults(asked,
                          {*capture.session, capture.sessionOptions, capture.log, capture.end,
                           capture.skipped, capture.dropped},
-                         outputs);
+                         outputs, [&](const std::string& line) { failures += line + "\n"; });
     ResultsSaved saved{{asked.output}};
     if (asked.outlines) saved.files.push_back(tool::outlinedCopyOf(asked.output).string());
     for (const std::string& file : {asked.placements, asked.report}) {
@@ -235,7 +236,7 @@ void StitchWorker::saveResults(tool::StitchOptions options) {
     }
     events_.post(std::move(saved));
   } catch (...) {
-    events_.post(SaveFailed{failureText()});
+    events_.post(SaveFailed{failures + failureText()});
   }
 }
 
