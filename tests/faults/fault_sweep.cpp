@@ -44,7 +44,10 @@ void sweepFaults(const std::string& action, const std::function<FaultyCall(long)
   // What is made once for the whole process stays: the second time counts.
   trial(0);
   const long count = trial(0).passed.count;
-  ASSERT_GT(count, 0) << action;
+  if (count == 0) {
+    EXPECT_FALSE(mallocIsAPoint()) << action << " asks for nothing";
+    return;
+  }
   const int threads = threadsOfProcess();
   const long unjoined = unjoinedThreads();
   const long chosen = chosenStride();

@@ -171,6 +171,8 @@ Function next(const char* name) {
 
 }  // namespace
 
+bool mallocIsAPoint() { return FRAMEQUILT_OWN_MALLOC != 0; }
+
 void armFaults(long failing) {
   moduleCount = 0;
   dl_iterate_phdr(addModule, nullptr);

@@ -15,6 +15,9 @@
 
 #include <string>
 
+/// False with sanitizers.
+bool mallocIsAPoint();
+
 /// What happened while faults were armed.
 struct PassedPoints {
   long count = 0;      ///< Calls that could have failed.
