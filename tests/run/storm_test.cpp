@@ -22,7 +22,13 @@ namespace {
 
 constexpr int kRows = 180;
 constexpr int kCols = 240;
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+constexpr bool kMemoryIsOurs = false;  // A sanitizer keeps what was freed.
+constexpr int kRounds = 100;           // Each mosaic is cleared, which it makes slow.
+#else
+constexpr bool kMemoryIsOurs = true;
 constexpr int kRounds = 600;
+#endif
 
 int threadsNow() {
   const std::filesystem::directory_iterator all("/proc/self/task");
@@ -123,12 +129,6 @@ class EntryPointsStorm : public testing::Test {
   const Scene colour_{kRows, 700, 3, 11};
   const RecordedReports quiet_;
 };
-
-#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
-constexpr bool kMemoryIsOurs = false;  // A sanitizer keeps what was freed.
-#else
-constexpr bool kMemoryIsOurs = true;
-#endif
 
 }  // namespace
 
