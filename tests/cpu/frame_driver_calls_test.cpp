@@ -93,10 +93,12 @@ void expectInfo(const imgInfo& info, int channels, int rows, int cols) {
 
 const auto isZero = [](unsigned char byte) { return byte == 0; };
 
-/// The plane exists and has at least this many bytes.
+/// The plane exists and has this many bytes, and hardly more: an allocator may round up.
 void expectRoom(const unsigned char* plane, std::size_t bytes) {
   ASSERT_NE(plane, nullptr);
-  ASSERT_GE(malloc_usable_size(const_cast<unsigned char*>(plane)), bytes);
+  const std::size_t room = malloc_usable_size(const_cast<unsigned char*>(plane));
+  ASSERT_GE(room, bytes);
+  EXPECT_LT(room, bytes + 64);
 }
 
 /// And they are all `value`.
@@ -363,6 +365,30 @@ TEST_F(FrameDriverCalls, MeasuresAreGivenBothPartsAndTheirFieldsOfTheRecord) {
   expectMeasure(script.sharpness, reference_, frame_);
   EXPECT_EQ(script.sharpness.one, &flagsCpu.definitionOne);
   EXPECT_EQ(script.sharpness.two, &flagsCpu.definitionTwo);
+}
+
+/// The measures read three bytes a pixel. They are given copies: the frame, and 0 behind it.
+TEST_F(FrameDriverCalls, MeasuresOfTwoChannelsAreGivenLargerCopies) {
+  GStitchMode = 0;
+  uninitJointCpu();
+  ASSERT_TRUE(initJointCpu(kRows, kCols, 2, 1, 20000, 20000));
+  const auto contents = [](const unsigned char* part) {
+    return Bytes(part, part + area(kRows, kCols, 3));
+  };
+  const auto widened = [](Bytes frame) {
+    frame.resize(area(kRows, kCols, 2));
+    frame.resize(area(kRows, kCols, 3), 0);
+    return frame;
+  };
+  const auto expectCopies = [&](const unsigned char* mosaicPart, const unsigned char* framePart) {
+    EXPECT_EQ(contents(mosaicPart), widened(reference_));
+    EXPECT_EQ(contents(framePart), widened(frame_));
+  };
+  script.inCut = [&] { expectCopies(script.cut.mosaicPart, script.cut.framePart); };
+  script.inBrightness = [&] { expectCopies(script.brightness.image1, script.brightness.image2); };
+  script.inSharpness = [&] { expectCopies(script.sharpness.image1, script.sharpness.image2); };
+  first();
+  EXPECT_EQ(script.stages, (Stages{"offset", "cut", "brightness", "sharpness", "blend"}));
 }
 
 /// Before the brightness all six planes are cleared; before the sharpness the padded gray planes
