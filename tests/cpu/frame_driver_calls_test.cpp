@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <new>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
@@ -74,7 +75,7 @@ struct Script {
   bool found = true;
   int dx = 20, dy = -3, matchNum = 11;
   int motionValue = 0;
-  std::function<void()> inOffset, inMotion, inCut, inBrightness, inSharpness;
+  std::function<void()> inOffset, inMotion, inCut, inBrightness, inSharpness, inBlend;
 
   void enter(const char* stage, const std::function<void()>& happening) {
     stages.emplace_back(stage);
@@ -464,6 +465,24 @@ TEST_F(FrameDriverCalls, FailedBlendIsMarkedAllTheSameAndRestoresNothing) {
       std::all_of(theSorImageTemp, theSorImageTemp + area(kRows, kCols, kChannels), isZero));
 }
 
+TEST_F(FrameDriverCalls, FrameIsBackInItsPlaceWhenABlendIsCutShort) {
+  const auto lastFrame = [] {
+    return Bytes(thedestImageScale, thedestImageScale + area(kRows, kCols, kChannels));
+  };
+  const auto overwrite = [] {
+    std::memset(thedestImageScale, 0x55, area(kRows, kCols, kChannels));
+  };
+  script.inBlend = [=] {
+    overwrite();
+    throw std::bad_alloc();
+  };
+  EXPECT_THROW(first(), std::bad_alloc);
+  EXPECT_EQ(lastFrame(), frame_);
+  script.inBlend = overwrite;
+  first();
+  EXPECT_EQ(lastFrame(), Bytes(frame_.size(), 0x55)) << "what a blend leaves stays";
+}
+
 TEST_F(FrameDriverCalls, FrameThatCannotBeBlendedLeavesTheReferenceOfThisCall) {
   script.matchNum = 10;
   EXPECT_EQ(first(), 0);
@@ -539,6 +558,6 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
                                  unsigned char* region) {
   script.blend = {mosaic,      frame,           info,         flags,       topLeft,    bottomRight,
                   &topLeftOut, &bottomRightOut, &positionOut, &regionInfo, &mosaicOut, region};
-  script.enter("blend", {});
+  script.enter("blend", script.inBlend);
   return false;
 }

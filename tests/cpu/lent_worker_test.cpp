@@ -4,14 +4,11 @@
 #include <pthread.h>
 
 #include <atomic>
-#include <cstddef>
 #include <functional>
 #include <future>
 #include <thread>
 
 #include "cpu/corner_lane.h"
-#include "cpu/stitching_run.h"
-#include "imaging/assistant.h"
 
 namespace {
 
@@ -128,23 +125,6 @@ TEST_F(LentWorker, OfALaneThatDoesNotLendIsNot) {
   EXPECT_FALSE(keeping.lend(work));
   keeping.dismiss();
   EXPECT_TRUE(keeping.join());
-}
-
-TEST(WorkerOfARun, IsLentUntilTheRunEndsOrGivesWay) {
-  // Worth waking a thread, not starting one.
-  constexpr std::size_t kPixels = 300000;
-  const bool hasTwo = std::thread::hardware_concurrency() > 1;
-  EXPECT_FALSE(framequilt::paysForTwo(kPixels));
-  for (const bool givesWay : {true, false}) {
-    ASSERT_TRUE(initJointCpu(40, 60, 1, 1, 400, 500));
-    EXPECT_EQ(framequilt::paysForTwo(kPixels), hasTwo);
-    if (givesWay) {
-      framequilt::giveWayCpu();
-    } else {
-      uninitJointCpu();
-    }
-    EXPECT_FALSE(framequilt::paysForTwo(kPixels));
-  }
 }
 
 }  // namespace

@@ -93,6 +93,14 @@ TEST(BlackImage, LargeOneTakesMemoryWhereItIsWritten) {
   EXPECT_FALSE(pages.areMapped());
 }
 
+TEST(BlackImage, IsFreshMemoryOfTheSystemFromEightMebibytesOn) {
+  const auto isOfOpencv = [](const cv::Mat& image) {
+    return image.u->currAllocator == cv::Mat::getStdAllocator();
+  };
+  EXPECT_TRUE(isOfOpencv(blackImage(8191, 1024, CV_8UC1)));
+  EXPECT_FALSE(isOfOpencv(blackImage(8192, 1024, CV_8UC1)));
+}
+
 TEST(CopyToBlack, LeavesAloneWhatIsBlack) {
   cv::Mat from = blackImage(4 * kRows, 4 * kCols, CV_8UC1);
   from.at<unsigned char>(2 * kRows, 2 * kCols) = 1;
