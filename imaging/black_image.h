@@ -7,8 +7,8 @@
 
 namespace framequilt {
 
-/// All bytes 0. A large image is fresh memory of the system, in large pages where it has them: it
-/// costs nothing until it is written, and what was never written takes no memory.
+/// All bytes 0. From 8 MiB on it is fresh memory of the system, in large pages where it has them:
+/// it costs nothing until it is written, and what was never written takes no memory.
 /// \throws cv::Exception (StsNoMem), of OpenCV's own allocator, which is asked last.
 cv::Mat blackImage(int rows, int cols, int type);
 

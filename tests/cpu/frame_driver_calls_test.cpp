@@ -8,6 +8,7 @@
 #include <cstddef>
 #include <cstring>
 #include <functional>
+#include <new>
 #include <opencv2/core.hpp>
 #include <string>
 #include <vector>
@@ -74,7 +75,7 @@ struct Script {
   bool found = true;
   int dx = 20, dy = -3, matchNum = 11;
   int motionValue = 0;
-  std::function<void()> inOffset, inMotion, inCut, inBrightness, inSharpness;
+  std::function<void()> inOffset, inMotion, inCut, inBrightness, inSharpness, inBlend;
 
   void enter(const char* stage, const std::function<void()>& happening) {
     stages.emplace_back(stage);
@@ -93,10 +94,12 @@ void expectInfo(const imgInfo& info, int channels, int rows, int cols) {
 
 const auto isZero = [](unsigned char byte) { return byte == 0; };
 
-/// The plane exists and has at least this many bytes.
+/// The plane exists and has this many bytes, and hardly more: an allocator may round up.
 void expectRoom(const unsigned char* plane, std::size_t bytes) {
   ASSERT_NE(plane, nullptr);
-  ASSERT_GE(malloc_usable_size(const_cast<unsigned char*>(plane)), bytes);
+  const std::size_t room = malloc_usable_size(const_cast<unsigned char*>(plane));
+  ASSERT_GE(room, bytes);
+  EXPECT_LT(room, bytes + 64);
 }
 
 /// And they are all `value`.
@@ -365,6 +368,30 @@ TEST_F(FrameDriverCalls, MeasuresAreGivenBothPartsAndTheirFieldsOfTheRecord) {
   EXPECT_EQ(script.sharpness.two, &flagsCpu.definitionTwo);
 }
 
+/// The measures read three bytes a pixel. They are given copies: the frame, and 0 behind it.
+TEST_F(FrameDriverCalls, MeasuresOfTwoChannelsAreGivenLargerCopies) {
+  GStitchMode = 0;
+  uninitJointCpu();
+  ASSERT_TRUE(initJointCpu(kRows, kCols, 2, 1, 20000, 20000));
+  const auto contents = [](const unsigned char* part) {
+    return Bytes(part, part + area(kRows, kCols, 3));
+  };
+  const auto widened = [](Bytes frame) {
+    frame.resize(area(kRows, kCols, 2));
+    frame.resize(area(kRows, kCols, 3), 0);
+    return frame;
+  };
+  const auto expectCopies = [&](const unsigned char* mosaicPart, const unsigned char* framePart) {
+    EXPECT_EQ(contents(mosaicPart), widened(reference_));
+    EXPECT_EQ(contents(framePart), widened(frame_));
+  };
+  script.inCut = [&] { expectCopies(script.cut.mosaicPart, script.cut.framePart); };
+  script.inBrightness = [&] { expectCopies(script.brightness.image1, script.brightness.image2); };
+  script.inSharpness = [&] { expectCopies(script.sharpness.image1, script.sharpness.image2); };
+  first();
+  EXPECT_EQ(script.stages, (Stages{"offset", "cut", "brightness", "sharpness", "blend"}));
+}
+
 /// Before the brightness all six planes are cleared; before the sharpness the padded gray planes
 /// stay, it goes on from them.
 TEST_F(FrameDriverCalls, PlanesOfTheOverlapAreClearedBeforeEachMeasure) {
@@ -436,6 +463,24 @@ TEST_F(FrameDriverCalls, FailedBlendIsMarkedAllTheSameAndRestoresNothing) {
   EXPECT_EQ(reports.ofCaller(), Lines{"kkkkkkkkkkkkkkkkkkkkkkk20"});
   EXPECT_TRUE(
       std::all_of(theSorImageTemp, theSorImageTemp + area(kRows, kCols, kChannels), isZero));
+}
+
+TEST_F(FrameDriverCalls, FrameIsBackInItsPlaceWhenABlendIsCutShort) {
+  const auto lastFrame = [] {
+    return Bytes(thedestImageScale, thedestImageScale + area(kRows, kCols, kChannels));
+  };
+  const auto overwrite = [] {
+    std::memset(thedestImageScale, 0x55, area(kRows, kCols, kChannels));
+  };
+  script.inBlend = [=] {
+    overwrite();
+    throw std::bad_alloc();
+  };
+  EXPECT_THROW(first(), std::bad_alloc);
+  EXPECT_EQ(lastFrame(), frame_);
+  script.inBlend = overwrite;
+  first();
+  EXPECT_EQ(lastFrame(), Bytes(frame_.size(), 0x55)) << "what a blend leaves stays";
 }
 
 TEST_F(FrameDriverCalls, FrameThatCannotBeBlendedLeavesTheReferenceOfThisCall) {
@@ -513,6 +558,6 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
                                  unsigned char* region) {
   script.blend = {mosaic,      frame,           info,         flags,       topLeft,    bottomRight,
                   &topLeftOut, &bottomRightOut, &positionOut, &regionInfo, &mosaicOut, region};
-  script.enter("blend", {});
+  script.enter("blend", script.inBlend);
   return false;
 }

@@ -3,9 +3,17 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cstddef>
 #include <opencv2/core.hpp>
+#include <vector>
 
 #include "imaging/assistant.h"
+
+#if defined(__linux__)
+#include <sys/mman.h>
+#include <unistd.h>
+#endif
 
 namespace {
 
@@ -49,6 +57,73 @@ TEST(BlackImage, HeaderCanBeGivenOtherMemory) {
   image.setTo(7);
   EXPECT_EQ(cv::countNonZero(image.reshape(1) != 7), 0);
 }
+
+#if defined(__linux__)
+
+/// What an image holds of the memory of the machine.
+class Pages {
+ public:
+  explicit Pages(const cv::Mat& image)
+      : start_(image.data), bytes_(image.total() * image.elemSize()) {}
+
+  bool areMapped() { return mincore(start_, bytes_, held_.data()) == 0; }
+  /// Of all, from 0 to 1.
+  double share() {
+    EXPECT_TRUE(areMapped());
+    const auto held = std::count_if(held_.begin(), held_.end(),
+                                    [](unsigned char page) { return (page & 1U) != 0; });
+    return static_cast<double>(held) / static_cast<double>(held_.size());
+  }
+
+ private:
+  unsigned char* start_;
+  std::size_t bytes_;
+  std::vector<unsigned char> held_ =
+      std::vector<unsigned char>(bytes_ / static_cast<std::size_t>(sysconf(_SC_PAGESIZE)) + 1);
+};
+
+TEST(BlackImage, LargeOneTakesMemoryWhereItIsWritten) {
+  cv::Mat image = blackImage(4 * kRows, 4 * kCols, CV_8UC1);
+  Pages pages(image);
+  EXPECT_EQ(pages.share(), 0.0);
+  image.at<unsigned char>(2 * kRows, 2 * kCols) = 1;
+  EXPECT_GT(pages.share(), 0.0);
+  EXPECT_LT(pages.share(), 0.2);
+  image.release();
+  EXPECT_FALSE(pages.areMapped());
+}
+
+TEST(BlackImage, IsFreshMemoryOfTheSystemFromEightMebibytesOn) {
+  const auto isOfOpencv = [](const cv::Mat& image) {
+    return image.u->currAllocator == cv::Mat::getStdAllocator();
+  };
+  EXPECT_TRUE(isOfOpencv(blackImage(8191, 1024, CV_8UC1)));
+  EXPECT_FALSE(isOfOpencv(blackImage(8192, 1024, CV_8UC1)));
+}
+
+TEST(CopyToBlack, LeavesAloneWhatIsBlack) {
+  cv::Mat from = blackImage(4 * kRows, 4 * kCols, CV_8UC1);
+  from.at<unsigned char>(2 * kRows, 2 * kCols) = 1;
+  cv::Mat to = blackImage(from.rows, from.cols, CV_8UC1);
+  copyToBlack(from, to);
+  EXPECT_EQ(to.at<unsigned char>(2 * kRows, 2 * kCols), 1);
+  EXPECT_LT(Pages(to).share(), 0.2);
+}
+
+#endif
+
+// A sanitizer ends the process instead.
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)
+TEST(BlackImage, ThatNoMachineHoldsIsRefused) {
+  constexpr int kSide = 2000000000;
+  try {
+    blackImage(kSide, kSide, CV_8UC1);
+    ADD_FAILURE() << "not refused";
+  } catch (const cv::Exception& error) {
+    EXPECT_EQ(error.code, cv::Error::StsNoMem);
+  }
+}
+#endif
 
 TEST(CopyToBlack, IsACopyWithAnyThreadsAndWhateverIsBlack) {
   cv::Mat from = cv::Mat::zeros(kRows, kCols, CV_8UC3);
