@@ -21,13 +21,12 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
                                  SPoint ignored, SPoint& topLeftOut, SPoint& bottomRightOut,
                                  SPoint& positionOut, imgInfo& regionInfo, cv::Mat& mosaicOut,
                                  unsigned char* region) {
-  static const auto blend = reinterpret_cast<Blend>(
-      dlsym(RTLD_NEXT,
-            "_Z27stitchingImageImageblendCpuN2cv3MatEPh7imgInfo11"
-            "stitchflags6SPointS4_S4_RS4_S5_S5_RS2_RS0_S1_"));
-  const bool blended =
-      blend(mosaic, frame, info, flags, topLeft, bottomRight, ignored, topLeftOut, bottomRightOut,
-            positionOut, regionInfo, mosaicOut, region);
+  static const auto blend =
+      reinterpret_cast<Blend>(dlsym(RTLD_NEXT,
+                                    "_Z27stitchingImageImageblendCpuN2cv3MatEPh7imgInfo11"
+                                    "stitchflags6SPointS4_S4_RS4_S5_S5_RS2_RS0_S1_"));
+  const bool blended = blend(mosaic, frame, info, flags, topLeft, bottomRight, ignored, topLeftOut,
+                             bottomRightOut, positionOut, regionInfo, mosaicOut, region);
   ++blends;
   armFaults(1);
   return blended;

@@ -6,8 +6,9 @@
 /// thread.
 ///
 /// A call counts that comes from the library itself, or from OpenCV, the C++ or the C library on
-/// its behalf. What the test, an OpenCL driver or its compiler ask for does not, nor do OpenCV's own
-/// objects: without memory for the record of a matrix it loses the pixels that it has just taken.
+/// its behalf. What the test, an OpenCL driver or its compiler ask for does not, nor do OpenCV's
+/// own objects: without memory for the record of a matrix it loses the pixels that it has just
+/// taken.
 ///
 /// With sanitizers malloc, its kin and mmap are the sanitizer's own and never fail; operator new,
 /// whose memory comes from there, and the threads do.
