@@ -224,10 +224,15 @@ void StitchWorker::saveResults(tool::StitchOptions options) {
     asked.outlines = options.outlines;
     std::ostringstream unused;
     tool::StitchOutputs outputs(asked, unused);
-    tool::publishResults(asked,
-                         {*capture.session, capture.sessionOptions, capture.log, capture.end,
-                          capture.skipped, capture.dropped},
-                         outputs);
+    std::string failed;  // A line for each that could not be written, but for the last one.
+    try {
+      tool::publishResults(asked,
+                           {*capture.session, capture.sessionOptions, capture.log, capture.end,
+                            capture.skipped, capture.dropped},
+                           outputs, [&](const std::string& line) { failed += line + "\n"; });
+    } catch (const tool::ToolError& last) {
+      throw tool::ToolError(failed + last.what());
+    }
     ResultsSaved saved{{asked.output}};
     if (asked.outlines) saved.files.push_back(tool::outlinedCopyOf(asked.output).string());
     for (const std::string& file : {asked.placements, asked.report}) {
