@@ -362,6 +362,21 @@ TEST_F(HarrisRun, TapCountIsATuningParameter) {
   EXPECT_EQ(cornersOf(findHarrisCornerCoordianteFun1, gray), usual);
 }
 
+/// The limit is the mean of the responses alone, however weak they are.
+TEST_F(HarrisRun, WeakResponsesHaveCornersWithAnyTapCount) {
+  const Bytes gray = patchwork(8, kRows, kCols);
+  float saved[5];
+  std::copy(filter2DKer, filter2DKer + 5, saved);
+  for (float& weight : filter2DKer) weight *= 1e-4F;
+  for (const int taps : {3, 5}) {
+    const ScopedValue<int> size(filter2DKerSize[0], taps);
+    const Points corners = cornersOf(findHarrisCornerCoordianteFun1, gray);
+    EXPECT_FALSE(corners.empty()) << taps;
+    EXPECT_EQ(corners, slowCorners(gray, kRows, kCols, filter2DKer, taps)) << taps;
+  }
+  std::copy(saved, saved + 5, filter2DKer);
+}
+
 TEST_F(HarrisRun, BudgetsOfTheRunBoundTheCorners) {
   const Bytes gray = patchwork(8, kRows, kCols);
   for (const int wanted : {1, 25}) {
