@@ -148,7 +148,7 @@ TEST_F(SessionThreads, FramesOfSeveralThreadsAreTakenOneAfterTheOther) {
 }
 
 TEST_F(SessionThreads, AStopWaitsForTheFrameInWork) {
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 8; ++round) {
     Session session(options());
     session.add(viewOf(frame(0)));
     std::atomic<int> taken{1};
@@ -174,7 +174,7 @@ TEST_F(SessionThreads, AStopWaitsForTheFrameInWork) {
 }
 
 TEST_F(SessionThreads, StopsOfManyThreadsAreOne) {
-  for (int round = 0; round < 20; ++round) {
+  for (int round = 0; round < 8; ++round) {
     Session session(options());
     session.add(viewOf(frame(0)));
     session.add(viewOf(frame(1)));
