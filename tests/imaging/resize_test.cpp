@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <numeric>
 #include <string>
+#include <utility>
 
 #include "tests/imaging/reference.h"
 #include "tests/support/captured_output.h"
@@ -151,6 +152,16 @@ TEST(Resize, ImagesSmallerThanTheFactor) {
   EXPECT_EQ(reduced(numbered(4), 2, 2, 3, 1, 2), (Bytes{0, kUntouched}));  // 0.67 rounds to 1
   EXPECT_EQ(reduced(numbered(9), 3, 3, 5, 1, 2), (Bytes{0, kUntouched}));
   EXPECT_EQ(reduced(numbered(1), 0, 0, 1, 3, 2), Bytes(2, kUntouched));
+}
+
+TEST(Resize, WithoutRowsOrColumnsWritesNothing) {
+  for (const auto& [rows, cols] : {std::pair(0, 12), {12, 0}, {-12, 12}, {12, -12}, {12, -1}}) {
+    for (const int scale : {2, 3, 4}) {
+      SCOPED_TRACE(testing::Message() << rows << " x " << cols << " by " << scale);
+      EXPECT_EQ(reduced(numbered(144), rows, cols, scale, 1, 9), Bytes(9, kUntouched));
+      EXPECT_EQ(reducedWithin(numbered(144), rows, cols, scale, 1, 9), Bytes(9, kUntouched));
+    }
+  }
 }
 
 TEST(Resize, NullPointersAndFactorZeroAreRefusedWithOneLine) {
