@@ -95,6 +95,18 @@ class EntryPointFaults : public testing::TestWithParam<FaultCapture> {
     EXPECT_TRUE(uinitJoint());
   }
 
+  /// Starts, beside a run or not, and stops; a run after that is as usual.
+  FaultyCall startThatMayFail(const Steps& steps, long failing) const {
+    FaultyCall call =
+        callWithFault(failing, [&] { return steps.start() ? "as usual" : "not started"; });
+    EXPECT_TRUE(call.outcome == "as usual" || call.outcome == "std::bad_alloc" ||
+                (call.outcome == "not started" && call.passed.failed == "pthread_create"))
+        << call.outcome;
+    EXPECT_TRUE(uinitJoint());
+    expectWholeRunAsUsual();
+    return call;
+  }
+
   std::uint64_t usual(int frame) const { return usual_.at(static_cast<std::size_t>(frame - 1)); }
 
  private:
@@ -124,14 +136,7 @@ TEST_P(EntryPointFaults, AreLookedForOnEveryRoad) {
 TEST_P(EntryPointFaults, OfTheStart) {
   sweepFaults(name("start"), [&](long failing) {
     const Steps steps(GetParam());
-    FaultyCall call =
-        callWithFault(failing, [&] { return steps.start() ? "as usual" : "not started"; });
-    EXPECT_TRUE(call.outcome == "as usual" || call.outcome == "std::bad_alloc" ||
-                (call.outcome == "not started" && call.passed.failed == "pthread_create"))
-        << call.outcome;
-    EXPECT_TRUE(uinitJoint());
-    expectWholeRunAsUsual();
-    return call;
+    return startThatMayFail(steps, failing);
   });
 }
 
@@ -188,14 +193,7 @@ TEST_P(EntryPointFaults, OfAStartBesideAnOpenRun) {
   sweepFaults(name("start beside an open run"), [&](long failing) {
     const Steps steps(GetParam());
     EXPECT_TRUE(steps.start());
-    FaultyCall call =
-        callWithFault(failing, [&] { return steps.start() ? "as usual" : "not started"; });
-    EXPECT_TRUE(call.outcome == "as usual" || call.outcome == "std::bad_alloc" ||
-                (call.outcome == "not started" && call.passed.failed == "pthread_create"))
-        << call.outcome;
-    EXPECT_TRUE(uinitJoint());
-    expectWholeRunAsUsual();
-    return call;
+    return startThatMayFail(steps, failing);
   });
 }
 
