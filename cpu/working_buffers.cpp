@@ -20,8 +20,7 @@ namespace {
 /// The image that corners are searched in. A `scale` that does not set its size leaves the one of
 /// an earlier run, which may be larger than the frames of this one.
 std::size_t cornerSearchPixels() {
-  const std::size_t left = planeSize(gray_pointdownscal_row, gray_pointdownscal_col);
-  return std::max(left, planeSize(imgScaleRow / 2, imgScaleCol / 2));
+  return planeSize(gray_pointdownscal_row, gray_pointdownscal_col);
 }
 
 std::size_t grayPlane() { return std::max(framePlane(2), cornerSearchPixels()); }

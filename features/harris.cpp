@@ -67,7 +67,8 @@ void reduce(unsigned char* gray, imgInfo info, int rows, int cols, unsigned char
                                 capacity);
 }
 
-/// Separable smoothing of a rows x cols plane in place, padded by `border`.
+/// Separable smoothing of a rows x cols plane in place, padded by `border`. Padding sets all of both
+/// planes that it works in.
 void smooth(const HarrisPlanes& planes, float* plane, int rows, int cols, int border) {
   const int taps = framequilt::smoothingTaps();
   const int paddedRows = rows + 2 * border;
@@ -94,7 +95,6 @@ void selectCorners(float* response, float mean, int rows, int cols, std::vector<
 /// gradients refuse.
 bool respondPlainly(const HarrisPlanes& planes, int rows, int cols, int border, float& mean) {
   const std::size_t pixels = planeSize(rows, cols);
-  const std::size_t padded = planeSize(rows + 2 * border, cols + 2 * border);
   // The gradients leave the outermost pixels alone.
   for (float* plane : {planes.gx2, planes.gy2, planes.gxy}) clear(plane, pixels);
   if (!findGradSquareCrossTerms(planes.reduced, rows, cols, planes.gx2, planes.gy2, planes.gxy)) {
@@ -102,8 +102,6 @@ bool respondPlainly(const HarrisPlanes& planes, int rows, int cols, int border, 
     return false;
   }
 
-  clear(planes.boundTemp, padded);
-  clear(planes.bound, padded);
   for (float* plane : {planes.gx2, planes.gy2, planes.gxy}) {
     smooth(planes, plane, rows, cols, border);
   }
