@@ -67,8 +67,8 @@ void reduce(unsigned char* gray, imgInfo info, int rows, int cols, unsigned char
                                 capacity);
 }
 
-/// Separable smoothing of a rows x cols plane in place, padded by `border`. Padding sets all of both
-/// planes that it works in.
+/// Separable smoothing of a rows x cols plane in place, padded by `border`. Padding sets all of
+/// both planes that it works in.
 void smooth(const HarrisPlanes& planes, float* plane, int rows, int cols, int border) {
   const int taps = framequilt::smoothingTaps();
   const int paddedRows = rows + 2 * border;

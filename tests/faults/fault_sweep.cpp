@@ -7,7 +7,8 @@
 #include <cstdlib>
 #include <iostream>
 #include <map>
-#include <thread>
+
+#include "tests/support/process_threads.h"
 
 namespace {
 
@@ -76,8 +77,4 @@ void sweepFaults(const std::string& action, const std::function<FaultyCall(long)
     if (testing::Test::HasFailure()) break;
   }
   printFigures(action, count, tried, outcomes);
-}
-
-void waitForThreads(int count) {
-  while (threadsOfProcess() > count) std::this_thread::yield();
 }

@@ -52,6 +52,3 @@ enum class Beside { kNobody, kDriver };
 /// beside it, objects. Prints a line of figures.
 void sweepFaults(const std::string& action, const std::function<FaultyCall(long failing)>& trial,
                  Beside beside = Beside::kNobody);
-
-/// Waits until there are no more threads than that: one that was not joined may be on its way out.
-void waitForThreads(int count);

@@ -6,22 +6,16 @@
 
 #include <atomic>
 #include <new>
-#include <thread>
 
 #include "cpu/corner_lane.h"
 #include "imaging/assistant.h"
 #include "tests/faults/fault_sweep.h"
+#include "tests/support/process_threads.h"
 
 namespace {
 
 using framequilt::Assistant;
 using framequilt::CornerLane;
-
-/// With a sanitizer's own thread, which comes along with the first of the process.
-int threadsAtRest() {
-  std::thread([] {}).join();
-  return threadsOfProcess();
-}
 
 TEST(ThreadFaults, LeaveTheWorkToTheCallerOrAreNotNoticed) {
   const FaultsOfProgram counted;

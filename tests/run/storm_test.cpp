@@ -4,16 +4,14 @@
 #include <gtest/gtest.h>
 
 #include <cstddef>
-#include <filesystem>
 #include <fstream>
-#include <iterator>
 #include <opencv2/core.hpp>
 #include <optional>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "framequilt/framequilt.h"
+#include "tests/support/process_threads.h"
 #include "tests/support/random_images.h"
 #include "tests/support/recorded_reports.h"
 #include "tests/support/scene.h"
@@ -30,19 +28,10 @@ constexpr bool kMemoryIsOurs = true;
 constexpr int kRounds = 600;
 #endif
 
-int threadsNow() {
-  const std::filesystem::directory_iterator all("/proc/self/task");
-  return static_cast<int>(std::distance(begin(all), end(all)));
-}
-
-/// A thread that was joined is listed for a moment more.
-int settledThreads(int expected) {
-  int now = threadsNow();
-  for (int i = 0; i < 10000 && now > expected; ++i) {
-    std::this_thread::yield();
-    now = threadsNow();
-  }
-  return now;
+/// Waits until there are no more, and counts.
+int threadsSettledAt(int expected) {
+  waitForThreads(expected);
+  return threadsOfProcess();
 }
 
 long residentKilobytes() {
@@ -135,8 +124,7 @@ class EntryPointsStorm : public testing::Test {
 TEST_F(EntryPointsStorm, LeavesNothingBehind) {
   const std::vector<Opening> ways = {{1, 1, 0}, {1, 1, 1}, {1, 0, 0}, {1, 0, 1},
                                      {3, 1, 0}, {3, 1, 1}, {3, 0, 0}, {3, 0, 1}};
-  std::thread([] {}).join();  // With the first one a sanitizer starts one of its own.
-  const int threads = settledThreads(1);
+  const int threads = threadsAtRest();
   std::vector<cv::Mat> expected;
   for (const Opening& way : ways) expected.push_back(pair(way));
 
@@ -150,12 +138,12 @@ TEST_F(EntryPointsStorm, LeavesNothingBehind) {
       case 1:
         // Often while a run is open.
         open(ways[static_cast<std::size_t>(random.between(0, 7))]);
-        EXPECT_EQ(settledThreads(threads + 2), threads + 2);
+        EXPECT_EQ(threadsSettledAt(threads + 2), threads + 2);
         break;
       case 2:
         // Often without a run.
         stop();
-        EXPECT_EQ(settledThreads(threads), threads);
+        EXPECT_EQ(threadsSettledAt(threads), threads);
         break;
       case 3:
         blended += stitch(60, /*later=*/false) ? 1 : 0;
@@ -170,7 +158,7 @@ TEST_F(EntryPointsStorm, LeavesNothingBehind) {
   }
   EXPECT_GT(blended, kRounds / 10);
   stop();
-  EXPECT_EQ(settledThreads(threads), threads);
+  EXPECT_EQ(threadsSettledAt(threads), threads);
   if (kMemoryIsOurs) {
     EXPECT_LT(residentKilobytes() - before, 4096);
   }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 #include "tests/support/fault_points.h"
 
-#include <dirent.h>
 #include <dlfcn.h>
 #include <link.h>
 #include <pthread.h>
@@ -194,15 +193,6 @@ FaultsOfProgram::~FaultsOfProgram() { countsProgram = false; }
 long liveObjects() { return objects; }
 
 long unjoinedThreads() { return unjoined; }
-
-int threadsOfProcess() {
-  DIR* const folder = opendir("/proc/self/task");
-  if (folder == nullptr) return 0;
-  int count = -2;  // The folder and the one above it.
-  while (readdir(folder) != nullptr) ++count;
-  closedir(folder);
-  return count;
-}
 
 #define FRAMEQUILT_IN_FRONT __attribute__((visibility("default"), noinline))
 #define FRAMEQUILT_CALLER __builtin_return_address(0)

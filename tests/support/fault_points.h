@@ -42,6 +42,5 @@ class FaultsOfProgram {
 /// Objects of operator new that were not deleted, in the whole process.
 long liveObjects();
 
-/// Threads of this process, and how many were created that nobody joined or detached.
-int threadsOfProcess();
+/// Threads that were created and that nobody joined or detached.
 long unjoinedThreads();

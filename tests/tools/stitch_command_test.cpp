@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <csignal>
 #include <new>
 #include <opencv2/core.hpp>
 #include <sstream>
@@ -15,9 +16,12 @@
 #include "tool_error_text.h"
 
 using framequilt::tool::ExitStatus;
+using framequilt::tool::InputSettings;
 using framequilt::tool::kMosaicWritten;
 using framequilt::tool::kNothingJoined;
+using framequilt::tool::openInputs;
 using framequilt::tool::stitch;
+using framequilt::tool::stitchCapture;
 using framequilt::tool::StitchOptions;
 
 namespace {
@@ -166,6 +170,20 @@ TEST_F(StitchCommand, PicturesThatAreLeftOutAreCounted) {
 TEST_F(StitchCommand, OneFrameIsNotEnough) {
   options_.inputs = {pictures_.file("f1.png")};
   EXPECT_EQ(errorOf(), "'" + pictures_.file("f1.png") + "' gives only one frame: give two or more");
+}
+
+TEST_F(StitchCommand, AnInterruptionWhilePicturesAreListedIsNotACaptureOfOneFrame) {
+  writeText(pictures_.file("f2.png"), "no picture");
+  // It comes with the remark on the second picture.
+  const auto open = [this](InputSettings settings) {
+    settings.note = [](const std::string&) { std::raise(SIGINT); };
+    return openInputs(options_.inputs, settings);
+  };
+  EXPECT_EQ(toolErrorOf([&] {
+              stitchCapture(options_, {out_, notes_, false}, open, nullptr);
+            }),
+            "interrupted before a second picture was read");
+  EXPECT_EQ(outputs_.names(), std::vector<std::string>{});
 }
 
 TEST_F(StitchCommand, ATerminalShowsOneLineOfProgress) {
