@@ -12,28 +12,19 @@ namespace {
 
 constexpr CpuLevel kAll[] = {CpuLevel::kBaseline, CpuLevel::kAvx2, CpuLevel::kAvx512};
 
-bool runs(CpuLevel level) {
-  if (level == CpuLevel::kBaseline) return true;
+CpuLevel levelOfMachine() {
 #ifdef FRAMEQUILT_HAS_X86_LEVELS
   __builtin_cpu_init();
-  const bool avx2 = __builtin_cpu_supports("avx2") != 0;
-  if (level == CpuLevel::kAvx2) return avx2;
-  return avx2 && __builtin_cpu_supports("avx512f") != 0 &&
-         __builtin_cpu_supports("avx512bw") != 0 && __builtin_cpu_supports("avx512dq") != 0 &&
-         __builtin_cpu_supports("avx512vl") != 0 && __builtin_cpu_supports("avx512vbmi") != 0;
+  return highestLevel(
+      {__builtin_cpu_supports("avx2") != 0, __builtin_cpu_supports("avx512f") != 0,
+       __builtin_cpu_supports("avx512bw") != 0, __builtin_cpu_supports("avx512dq") != 0,
+       __builtin_cpu_supports("avx512vl") != 0, __builtin_cpu_supports("avx512vbmi") != 0});
 #else
-  return false;
+  return CpuLevel::kBaseline;
 #endif
 }
 
-/// The highest that runs here and is not above `limit`.
-CpuLevel highestUpTo(CpuLevel limit) {
-  CpuLevel highest = CpuLevel::kBaseline;
-  for (const CpuLevel level : kAll) {
-    if (level <= limit && runs(level)) highest = level;
-  }
-  return highest;
-}
+CpuLevel highestUpTo(CpuLevel limit) { return std::min(limit, levelOfMachine()); }
 
 CpuLevel levelAtFirst() {
   const char* const wanted = std::getenv("FRAMEQUILT_CPU_LEVEL");
@@ -61,10 +52,14 @@ const char* nameOf(CpuLevel level) noexcept {
   }
 }
 
+CpuLevel highestLevel(const CpuFeatures& has) noexcept {
+  if (!has.avx2) return CpuLevel::kBaseline;
+  const bool avx512 = has.avx512f && has.avx512bw && has.avx512dq && has.avx512vl && has.avx512vbmi;
+  return avx512 ? CpuLevel::kAvx512 : CpuLevel::kAvx2;
+}
+
 std::vector<CpuLevel> cpuLevels() {
-  std::vector<CpuLevel> levels;
-  std::copy_if(std::begin(kAll), std::end(kAll), std::back_inserter(levels), runs);
-  return levels;
+  return {std::begin(kAll), std::upper_bound(std::begin(kAll), std::end(kAll), levelOfMachine())};
 }
 
 CpuLevel cpuLevel() noexcept { return inUse().load(std::memory_order_relaxed); }

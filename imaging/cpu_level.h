@@ -23,6 +23,14 @@ enum class CpuLevel {
 /// "baseline", "avx2", "avx512".
 const char* nameOf(CpuLevel level) noexcept;
 
+/// What a processor has of the sets that a level takes.
+struct CpuFeatures {
+  bool avx2, avx512f, avx512bw, avx512dq, avx512vl, avx512vbmi;
+};
+
+/// Each level takes what the one below does.
+CpuLevel highestLevel(const CpuFeatures& has) noexcept;
+
 /// Those that this machine can run, ascending; never empty.
 std::vector<CpuLevel> cpuLevels();
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: Apache-2.0
 #include <gtest/gtest.h>
 
+#include <thread>
+
 #include "cpu/corner_worker.h"
 #include "cpu/offset_estimation.h"
 #include "cpu/run_state.h"
@@ -56,6 +58,21 @@ TEST_F(RunThreads, SecondStartJoinsTheOldThreadsSilentlyAndCreatesTwo) {
   EXPECT_EQ(reports.ofCaller(),
             (Lines{"pthread_join model_pid success", "pthread_join match_pid success"}));
   EXPECT_EQ(reports.ofWorkers(), Lines(2, "findHarrisCornerCoordianteThreadTwo in"));
+}
+
+TEST_F(RunThreads, JoinThatFailsIsToldAndItsThreadLeaves) {
+  const RecordedReports reports;
+  watchThreads();
+  ASSERT_TRUE(start());
+  threadCalls().failing = 1;
+  uninitJointCpu();
+  EXPECT_EQ(reports.ofCaller(),
+            (Lines{"pthread_join model_pid failed", "pthread_join match_pid success"}));
+  // Nobody joins it.
+  while (threadCalls().running > 0) std::this_thread::yield();
+  watchThreads();
+  ASSERT_TRUE(start());
+  EXPECT_EQ(threadCalls().creations, 2);
 }
 
 TEST_F(RunThreads, FirstThreadRefused) {

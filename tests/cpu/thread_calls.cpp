@@ -53,6 +53,7 @@ void watchThreads(int refused) {
   ThreadCalls& calls = threadCalls();
   calls.creations = calls.joins = calls.running = calls.special = 0;
   calls.refused = refused;
+  calls.failing = 0;
 }
 
 extern "C" {
@@ -81,8 +82,13 @@ __attribute__((visibility("default"))) int pthread_create(pthread_t* thread,
 
 __attribute__((visibility("default"))) int pthread_join(pthread_t thread, void** value) {
   static const auto join = next<Join>("pthread_join");
+  ThreadCalls& calls = threadCalls();
+  if (calls.failing > 0) {
+    --calls.failing;
+    return EINVAL;
+  }
   const int result = join(thread, value);
-  if (result == 0) ++threadCalls().joins;
+  if (result == 0) ++calls.joins;
   return result;
 }
 

@@ -15,6 +15,7 @@ struct ThreadCalls {
   std::atomic<int> joins{0};      ///< Calls that succeeded.
   std::atomic<int> running{0};    ///< Created and not ended.
   std::atomic<int> refused{0};    ///< Which creation fails, counted from 1; 0 for none.
+  std::atomic<int> failing{0};    ///< How many joins are still to fail; their threads go on.
   /// Bodies of the first creations, and how many creations gave attributes or an argument.
   std::array<std::atomic<ThreadBody>, 4> bodies{};
   std::atomic<int> special{0};

@@ -9,9 +9,11 @@
 
 #include "tests/support/each_level.h"
 
+using framequilt::CpuFeatures;
 using framequilt::CpuLevel;
 using framequilt::cpuLevel;
 using framequilt::cpuLevels;
+using framequilt::highestLevel;
 using framequilt::nameOf;
 using framequilt::setCpuLevel;
 
@@ -30,6 +32,20 @@ TEST(CpuLevel, BaselineIsEverywhereAndLevelsAscend) {
   ASSERT_FALSE(levels.empty());
   EXPECT_EQ(levels.front(), CpuLevel::kBaseline);
   EXPECT_TRUE(std::is_sorted(levels.begin(), levels.end()));
+}
+
+TEST(CpuLevel, TakesAllOfItsFeaturesAndThoseBelow) {
+  const CpuFeatures all{true, true, true, true, true, true};
+  EXPECT_EQ(highestLevel(all), CpuLevel::kAvx512);
+  for (bool CpuFeatures::*feature :
+       {&CpuFeatures::avx512f, &CpuFeatures::avx512bw, &CpuFeatures::avx512dq,
+        &CpuFeatures::avx512vl, &CpuFeatures::avx512vbmi}) {
+    CpuFeatures lacking = all;
+    lacking.*feature = false;
+    EXPECT_EQ(highestLevel(lacking), CpuLevel::kAvx2);
+  }
+  EXPECT_EQ(highestLevel({false, true, true, true, true, true}), CpuLevel::kBaseline);
+  EXPECT_EQ(highestLevel({}), CpuLevel::kBaseline);
 }
 
 TEST(CpuLevel, ChosenOneIsInUse) {

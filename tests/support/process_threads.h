@@ -3,8 +3,8 @@
 
 int threadsOfProcess();
 
-/// The same with a sanitizer's own thread, which comes along with the first of the process. For when
-/// no other thread runs.
+/// The same with a sanitizer's own thread, which comes along with the first of the process. For
+/// when no other thread runs.
 int threadsAtRest();
 
 /// Waits until there are no more threads than that: the system lists one for a moment after it was
