@@ -160,6 +160,19 @@ const std::vector<Nature>& natures() {
                random.between(0, 1) * (cols - width), height, width);
          return image;
        }},
+      {"empty up to a slanted edge",
+       [](Random& random, int rows, int cols, int channels) {
+         Bytes image = random.bytes(static_cast<std::size_t>(rows * cols * channels), 1);
+         const int down = random.between(1, 2);
+         const int across = random.between(1, 2);
+         const bool fromLeft = random.between(0, 1) == 0;
+         const int edge = random.between(0, down * rows + across * cols);
+         for (int r = 0; r < rows; ++r) {
+           const int width = std::clamp((edge - down * r) / across, 0, cols);
+           empty(image, cols, channels, r, fromLeft ? 0 : cols - width, 1, width);
+         }
+         return image;
+       }},
       {"empty rows",
        [](Random& random, int rows, int cols, int channels) {
          Bytes image = random.bytes(static_cast<std::size_t>(rows * cols * channels), 1);

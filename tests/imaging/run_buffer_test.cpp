@@ -2,8 +2,11 @@
 #include "imaging/run_buffer.h"
 
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <algorithm>
+#include <cstddef>
+#include <fstream>
 #include <limits>
 #include <new>
 #include <stdexcept>
@@ -224,6 +227,24 @@ TEST(RunBufferExchange, MemoryOfTheHostIsTakenAtItsWord) {
   drop(own);
   drop(ofHost);
 }
+
+#if !defined(__SANITIZE_ADDRESS__) && !defined(__SANITIZE_THREAD__)  // Those keep what was freed.
+std::size_t addressSpace() {
+  std::size_t pages = 0;
+  std::ifstream("/proc/self/statm") >> pages;
+  return pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE));
+}
+
+TEST(RunBufferMemory, GoesBackToTheSystemWhenItIsDropped) {
+  constexpr std::size_t kBytes = std::size_t{1} << 28U;
+  const std::size_t before = addressSpace();
+  unsigned char* buffer = nullptr;
+  ensureRoom(buffer, kBytes);
+  EXPECT_GE(addressSpace(), before + kBytes);
+  drop(buffer);
+  EXPECT_LT(addressSpace(), before + kBytes / 2);
+}
+#endif
 
 TEST(RunBufferFailure, NullStaysNull) {
   float* buffer = nullptr;
