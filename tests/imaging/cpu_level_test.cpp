@@ -5,6 +5,8 @@
 
 #include <algorithm>
 #include <cstddef>
+#include <cstdlib>
+#include <string_view>
 #include <vector>
 
 #include "tests/support/each_level.h"
@@ -32,6 +34,15 @@ TEST(CpuLevel, BaselineIsEverywhereAndLevelsAscend) {
   ASSERT_FALSE(levels.empty());
   EXPECT_EQ(levels.front(), CpuLevel::kBaseline);
   EXPECT_TRUE(std::is_sorted(levels.begin(), levels.end()));
+}
+
+TEST(CpuLevel, AtFirstIsTheOneThatTheEnvironmentNames) {
+  const char* const wanted = std::getenv("FRAMEQUILT_CPU_LEVEL");
+  CpuLevel expected = cpuLevels().back();
+  for (const CpuLevel level : cpuLevels()) {
+    if (wanted != nullptr && std::string_view(wanted) == nameOf(level)) expected = level;
+  }
+  EXPECT_EQ(cpuLevel(), expected);
 }
 
 TEST(CpuLevel, TakesAllOfItsFeaturesAndThoseBelow) {
