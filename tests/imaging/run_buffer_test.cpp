@@ -243,6 +243,13 @@ TEST(RunBufferMemory, GoesBackToTheSystemWhenItIsDropped) {
   EXPECT_GE(addressSpace(), before + kBytes);
   drop(buffer);
   EXPECT_LT(addressSpace(), before + kBytes / 2);
+
+  keepDropped(true);
+  ensureRoom(buffer, kBytes);
+  drop(buffer);
+  EXPECT_GE(addressSpace(), before + kBytes) << "kept";
+  keepDropped(false);
+  EXPECT_LT(addressSpace(), before + kBytes / 2);
 }
 #endif
 
