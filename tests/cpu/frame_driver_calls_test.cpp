@@ -328,6 +328,13 @@ TEST_F(FrameDriverCalls, LastFrameSeenIsReplacedOnlyAfterTheMeasure) {
   EXPECT_EQ(lastSeen(), frame_);
 }
 
+TEST_F(FrameDriverCalls, LastFrameSeenIsACopyWhereAHostHasChangedItsSize) {
+  script.inMotion = [] { --thedestImageInfoCpu.rows; };
+  first();
+  EXPECT_EQ(script.stages.back(), "blend");
+  EXPECT_EQ(Bytes(thedestImage_pre, thedestImage_pre + area(kRows, kCols, kChannels)), frame_);
+}
+
 // --- Overlap ---
 
 TEST_F(FrameDriverCalls, OverlapIsCutOutOfTheMosaicAndTheWorkingFrame) {
