@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
-// The C interface with a fault at every point of its calls: a code and a line of text, no exception,
-// and the session goes on as if the call had not been made.
+// The C interface with a fault at every point of its calls: a code and a line of text, no
+// exception, and the session goes on as if the call had not been made.
 #include <gtest/gtest.h>
 
 #include <array>
@@ -46,7 +46,8 @@ class CFaults : public testing::Test {
 
   framequilt_session* open() const {
     framequilt_session* session = nullptr;
-    EXPECT_EQ(framequilt_open(&options_, &session), FRAMEQUILT_OK) << framequilt_last_error(nullptr);
+    EXPECT_EQ(framequilt_open(&options_, &session), FRAMEQUILT_OK)
+        << framequilt_last_error(nullptr);
     return session;
   }
 
@@ -104,8 +105,8 @@ TEST_F(CFaults, OfEachFrame) {
       framequilt_session* const session = open();
       expectUsual(session, 0, i);
       framequilt_result result;
-      FaultyCall call = callWithFault(
-          failing, [&] { return framequilt_code_name(add(session, i, result)); });
+      FaultyCall call =
+          callWithFault(failing, [&] { return framequilt_code_name(add(session, i, result)); });
       EXPECT_TRUE(call.outcome == kOk || call.outcome == kMemory) << call.outcome;
       if (call.outcome == kMemory) {
         EXPECT_EQ(std::string(framequilt_last_error(session)),

@@ -104,7 +104,7 @@ class EntryPointsStorm : public testing::Test {
     stitchflags record{};
     stichingImagedJoint(reference.bytes.data(), frame.bytes.data(), 0, 1, 0, 0, false, topLeft,
                         bottomRight, mosaic, record);
-    const cv::Mat box =
+    cv::Mat box =
         mosaic(cv::Rect(cv::Point(topLeft.x, topLeft.y), cv::Point(bottomRight.x, bottomRight.y)))
             .clone();
     stop();
