@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // This program has a descriptor of its own in front of the library's: something can be made to
 // happen in the middle of a worker's job.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <functional>
@@ -10,6 +9,7 @@
 #include "cpu/offset_estimation.h"
 #include "features/descriptor.h"
 #include "tests/cpu/run_fixture.h"
+#include "tests/support/library_definition.h"
 #include "tests/support/recorded_reports.h"
 
 namespace {
@@ -99,8 +99,8 @@ TEST_F(WorkerEnd, FailureInOneWorkerIsAFailedEstimationAndNoMore) {
 bool noRotaFeatureDescriber(unsigned char* image, int rows, int cols, int length, int patch,
                             std::vector<SPoint> corners, unsigned short* scratch,
                             unsigned short* descriptors) {
-  static const auto library = reinterpret_cast<decltype(&noRotaFeatureDescriber)>(
-      dlsym(RTLD_NEXT, "_Z22noRotaFeatureDescriberPhiiiiSt6vectorI6SPointSaIS1_EEPtS4_"));
+  static auto* const library = libraryDefinition(
+      &noRotaFeatureDescriber, "_Z22noRotaFeatureDescriberPhiiiiSt6vectorI6SPointSaIS1_EEPtS4_");
   const auto& happening = descriptors == FeatureDescriber1 ? inTheJobOfOne : inTheJobOfTwo;
   if (happening) happening();
   return library(image, rows, cols, length, patch, corners, scratch, descriptors);

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // This program looks at what the corner workers and the offset estimation hand to the stages of the
 // corner search: each stage is the library's, behind a definition of this program's.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 #include <malloc.h>
 
@@ -14,16 +13,11 @@
 #include "features/matching.h"
 #include "imaging/gray.h"
 #include "tests/cpu/run_fixture.h"
+#include "tests/support/library_definition.h"
 
 namespace {
 
 using Descriptors = std::vector<unsigned short>;
-
-/// The library's own definition of what this program defines too.
-template <class Function>
-Function* library(Function* /*ours*/, const char* mangled) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, mangled));
-}
 
 /// What one worker handed on in its last job.
 struct Job {
@@ -209,7 +203,7 @@ bool search(Job& job, const Lane& lane, unsigned char* gray, imgInfo info, Point
   job.info = info;
   job.foundBefore = !corners.empty();
   job.stripBytes = bytesOf(lane.strip);
-  return library(&findHarrisCornerCoordianteFun1, mangled)(gray, info, corners);
+  return libraryDefinition(&findHarrisCornerCoordianteFun1, mangled)(gray, info, corners);
 }
 
 }  // namespace
@@ -220,7 +214,7 @@ bool rgb2Gray(unsigned char* src, int rows, int cols, unsigned char* dst) {
   job.converted = dst;
   job.clearedBefore =
       std::all_of(dst, dst + area(rows, cols), [](unsigned char byte) { return byte == 0; });
-  return library(&rgb2Gray, "_Z8rgb2GrayPhiiS_")(src, rows, cols, dst);
+  return libraryDefinition(&rgb2Gray, "_Z8rgb2GrayPhiiS_")(src, rows, cols, dst);
 }
 
 bool findHarrisCornerCoordianteFun1(unsigned char* gray, imgInfo info, Points& corners) {
@@ -247,8 +241,8 @@ bool noRotaFeatureDescriber(unsigned char* image, int rows, int cols, int length
   job.descriptors = descriptors;
   job.scratchBefore.assign(scratch, scratch + length);
   job.descriptorsBefore.assign(descriptors, descriptors + area(numpoint, length));
-  return library(&noRotaFeatureDescriber,
-                 "_Z22noRotaFeatureDescriberPhiiiiSt6vectorI6SPointSaIS1_EEPtS4_")(
+  return libraryDefinition(&noRotaFeatureDescriber,
+                           "_Z22noRotaFeatureDescriberPhiiiiSt6vectorI6SPointSaIS1_EEPtS4_")(
       image, rows, cols, length, patch, corners, scratch, descriptors);
 }
 
@@ -261,7 +255,7 @@ bool calacDistanceIndexFun(unsigned short* descA, unsigned short* descB, float* 
   matching.bytesA = bytesOf(descA);
   matching.bytesB = bytesOf(descB);
   matching.distBefore.assign(dist, dist + numpoint);
-  return library(&calacDistanceIndexFun,
-                 "_Z21calacDistanceIndexFunPtS_PffiiiiRSt6vectorI6SPointSaIS2_EE")(
+  return libraryDefinition(&calacDistanceIndexFun,
+                           "_Z21calacDistanceIndexFunPtS_PffiiiiRSt6vectorI6SPointSaIS2_EE")(
       descA, descB, dist, ratio, countA, strideA, countB, length, matches);
 }

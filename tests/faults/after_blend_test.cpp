@@ -1,17 +1,16 @@
 // SPDX-License-Identifier: Apache-2.0
 // Once a frame lies in the mosaic its call has nothing more to ask the system for. This program's
 // blend is the library's, and arms faults when it is done.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include "cpu/mosaic_blend.h"
 #include "framequilt/framequilt.h"
 #include "tests/faults/fault_captures.h"
 #include "tests/support/fault_points.h"
+#include "tests/support/library_definition.h"
 
 namespace {
 
-using Blend = decltype(&stitchingImageImageblendCpu);
 int blends = 0;
 
 }  // namespace
@@ -21,10 +20,10 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
                                  SPoint ignored, SPoint& topLeftOut, SPoint& bottomRightOut,
                                  SPoint& positionOut, imgInfo& regionInfo, cv::Mat& mosaicOut,
                                  unsigned char* region) {
-  static const auto blend =
-      reinterpret_cast<Blend>(dlsym(RTLD_NEXT,
-                                    "_Z27stitchingImageImageblendCpuN2cv3MatEPh7imgInfo11"
-                                    "stitchflags6SPointS4_S4_RS4_S5_S5_RS2_RS0_S1_"));
+  static auto* const blend =
+      libraryDefinition(&stitchingImageImageblendCpu,
+                        "_Z27stitchingImageImageblendCpuN2cv3MatEPh7imgInfo11"
+                        "stitchflags6SPointS4_S4_RS4_S5_S5_RS2_RS0_S1_");
   const bool blended = blend(mosaic, frame, info, flags, topLeft, bottomRight, ignored, topLeftOut,
                              bottomRightOut, positionOut, regionInfo, mosaicOut, region);
   ++blends;

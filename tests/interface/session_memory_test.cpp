@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: Apache-2.0
 // Stages of the engine that run out of memory half-way through a frame. This program puts such
 // stages in front of the library's.
-#include <dlfcn.h>
 #include <gtest/gtest.h>
 
 #include <new>
@@ -10,6 +9,7 @@
 #include "cpu/mosaic_blend.h"
 #include "framequilt/session.h"
 #include "imaging/overlap.h"
+#include "tests/support/library_definition.h"
 #include "tests/support/recorded_reports.h"
 #include "tests/support/scene.h"
 #include "tests/support/session_frames.h"
@@ -27,12 +27,6 @@ namespace {
 bool fusionFails = false;
 bool measureFails = false;
 
-/// The library's own definition of what this program defines too.
-template <class Function>
-Function* library(Function* /*ours*/, const char* mangled) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, mangled));
-}
-
 }  // namespace
 
 bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo info,
@@ -41,9 +35,10 @@ bool stitchingImageImageblendCpu(cv::Mat mosaic, unsigned char* frame, imgInfo i
                                  SPoint& positionOut, imgInfo& regionInfo, cv::Mat& mosaicOut,
                                  unsigned char* region) {
   if (fusionFails) throw std::bad_alloc();
-  static auto* const blend = library(&stitchingImageImageblendCpu,
-                                     "_Z27stitchingImageImageblendCpuN2cv3MatEPh7imgInfo11"
-                                     "stitchflags6SPointS4_S4_RS4_S5_S5_RS2_RS0_S1_");
+  static auto* const blend =
+      libraryDefinition(&stitchingImageImageblendCpu,
+                        "_Z27stitchingImageImageblendCpuN2cv3MatEPh7imgInfo11"
+                        "stitchflags6SPointS4_S4_RS4_S5_S5_RS2_RS0_S1_");
   return blend(mosaic, frame, info, flags, topLeft, bottomRight, ignored, topLeftOut,
                bottomRightOut, positionOut, regionInfo, mosaicOut, region);
 }
@@ -52,7 +47,7 @@ bool calcOverLapImageBright(unsigned char* image1, unsigned char* image2, int ro
                             int rows2, int cols2, int channels, float& bright1, float& bright2) {
   if (measureFails) throw std::bad_alloc();
   static auto* const measure =
-      library(&calcOverLapImageBright, "_Z22calcOverLapImageBrightPhS_iiiiiRfS0_");
+      libraryDefinition(&calcOverLapImageBright, "_Z22calcOverLapImageBrightPhS_iiiiiRfS0_");
   return measure(image1, image2, rows1, cols1, rows2, cols2, channels, bright1, bright2);
 }
 
